@@ -1,0 +1,94 @@
+#pragma once
+// One watcher per regular running application: it owns the Accessibility observer for the
+// process, tracks the application's windows, keeps each window's close-button frame (or why
+// there is none), and reports destroyed windows to the engine.
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "accessibility/CloseButtonMiss.h"
+#include "accessibility/WindowRef.h"
+#include "platform/Accessibility.h"
+#include "platform/Types.h"
+#include "platform/Workspace.h"
+
+namespace quelto {
+
+class AppWatcher;
+
+// The engine's entry for destroyed windows, as a watcher sees it.
+class DestroyedWindowSink {
+public:
+    virtual void windowDestroyed(const WindowRef& ref, const std::shared_ptr<AppWatcher>& watcher,
+                                 bool hadCloseButton, std::optional<CloseButtonMiss> miss) = 0;
+
+protected:
+    ~DestroyedWindowSink() = default;
+};
+
+class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
+    struct Token {};
+
+public:
+    // init(app:engine:): nullptr when the process id is below 1 or no observer can be made.
+    // The engine is not owned and must outlive the watcher.
+    static std::shared_ptr<AppWatcher> create(const RunningApplicationRef& app,
+                                              DestroyedWindowSink& engine);
+
+    AppWatcher(Token, const RunningApplicationRef& app, DestroyedWindowSink& engine);
+    ~AppWatcher();
+    AppWatcher(const AppWatcher&) = delete;
+    AppWatcher& operator=(const AppWatcher&) = delete;
+
+    const Pid pid;
+    const std::string name;      // localized name, or "pid {pid}"
+    const std::string bundleID;  // bundle identifier, or "<none>"
+    const Date attachedAt;
+
+    // Window lists: each reads "AXWindows" afresh.
+    std::vector<AXElement> currentWindows() const;
+    std::vector<AXElement> standardWindows() const;
+    std::vector<AXElement> userWindows() const;
+    std::size_t trackedWindowCount() const { return watchedWindows_.size(); }
+
+    // Catches up on windows the notifications missed; never drops a window.
+    void resync();
+
+    // Hit tests and questions about the close (the close-button cache).
+    std::optional<WindowRef> closeButtonHit(Point at) const;  // no platform call
+    std::optional<WindowRef> liveCloseButtonHit(Point at);
+    bool isCloseBlocked(const WindowRef& window) const;
+    std::optional<CloseButtonMiss> missReason(const WindowRef& window) const;
+
+    // The observer callback; the refcon is the watcher, not retained.
+    static void observerCallback(AXObserver& observer, const AXElement& element,
+                                 const std::string& notification, void* refcon);
+
+    // The cache, readable for the engine's tests and diagnostics.
+    const std::unordered_map<WindowRef, Rect>& closeButtonFrames() const { return frames_; }
+    const std::unordered_map<WindowRef, CloseButtonMiss>& closeButtonMisses() const {
+        return misses_;
+    }
+    bool isWatched(const WindowRef& window) const { return watchedWindows_.count(window) != 0; }
+
+private:
+    bool attach();
+    void watch(const AXElement& window);
+    void handle(const std::string& notification, const AXElement& element);
+    bool refreshCloseButton(const AXElement& window, int attempt);
+
+    AXElement appElement_;
+    std::unique_ptr<AXObserver> observer_;
+    std::unordered_set<WindowRef> watchedWindows_;
+    std::unordered_map<WindowRef, Rect> frames_;
+    std::unordered_map<WindowRef, CloseButtonMiss> misses_;
+    std::unordered_set<WindowRef> confirmedStandard_;
+    std::unordered_set<WindowRef> noted_;
+    DestroyedWindowSink& engine_;
+};
+
+}  // namespace quelto

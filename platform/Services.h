@@ -1,0 +1,89 @@
+#pragma once
+// The smaller platform services: the application bundle and system facts, the login item,
+// HTTP, modal alerts and the pasteboard.
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace quelto {
+
+// Facts about this program's bundle and the machine it runs on.
+class SystemInfo {
+public:
+    virtual ~SystemInfo() = default;
+    // A string of the main bundle's information dictionary ("CFBundleShortVersionString",
+    // "CFBundleVersion", "CFBundleIdentifier", …); none when missing or not a string.
+    virtual std::optional<std::string> bundleInfoString(const std::string& key) = 0;
+    struct OSVersion {
+        int major = 0;
+        int minor = 0;
+        int patch = 0;
+    };
+    virtual OSVersion operatingSystemVersion() = 0;
+    // The kernel's machine name (uname -m): "arm64", "x86_64", …
+    virtual std::string machineName() = 0;
+};
+
+// The main application's login item (SMAppService.mainApp).
+class LoginItem {
+public:
+    enum class Status { notRegistered, enabled, requiresApproval, notFound };
+    virtual ~LoginItem() = default;
+    virtual Status status() = 0;
+    // Each returns the error's localized description when the call throws, else none.
+    virtual std::optional<std::string> registerItem() = 0;
+    virtual std::optional<std::string> unregisterItem() = 0;
+};
+
+struct HttpRequest {
+    std::string url;
+    std::string method = "GET";
+    std::vector<std::pair<std::string, std::string>> headers;
+    double timeoutSeconds = 60;
+    bool ignoreLocalCache = false;
+};
+
+struct HttpResult {
+    // The transport error's localized description when the request itself failed.
+    std::optional<std::string> transportError;
+    // The status code, when the response is an HTTP response.
+    std::optional<int> statusCode;
+    // The body, when one arrived.
+    std::optional<std::string> body;
+};
+
+class HttpClient {
+public:
+    virtual ~HttpClient() = default;
+    // Starts the request and returns at once; `completion` runs later on any thread.
+    virtual void send(const HttpRequest& request, std::function<void(HttpResult)> completion) = 0;
+};
+
+// What a modal alert shows. With no buttons the alert has its single default button.
+struct AlertSpec {
+    std::string messageText;
+    std::string informativeText;
+    std::vector<std::string> buttons;
+    friend bool operator==(const AlertSpec&, const AlertSpec&) = default;
+};
+
+class Alerts {
+public:
+    static constexpr long firstButtonReturn = 1000;
+    static constexpr long secondButtonReturn = 1001;
+    virtual ~Alerts() = default;
+    // Runs the alert modally; returns 1000 for the first button, 1001 for the second, ….
+    virtual long runModal(const AlertSpec& alert) = 0;
+};
+
+class Pasteboard {
+public:
+    virtual ~Pasteboard() = default;
+    // Clears the general pasteboard, then sets `text` as a plain string.
+    virtual void setString(const std::string& text) = 0;
+};
+
+}  // namespace quelto

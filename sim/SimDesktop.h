@@ -1,0 +1,226 @@
+#pragma once
+// The simulated desktop: a deterministic stand-in for macOS behind the platform seam.
+// Applications with windows, close buttons, sheets and dialogs; Accessibility reads with
+// injectable errors and counted round trips; observers that deliver notifications one at a
+// time on the main queue; quit requests honoured after a delay or declined; a virtual clock
+// whose main queue runs due work in order. The same inputs give the same outputs, always.
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/Platform.h"
+
+namespace quelto::sim {
+
+using ElementId = std::uint64_t;
+
+// How a close button looks to Accessibility.
+struct CloseButtonSpec {
+    bool present = true;           // false: the "AXCloseButton" read fails with `missingError`
+    AXError missingError = axerror::attributeUnsupported;  // -25205 or -25212 (custom chrome)
+    std::optional<bool> enabled = true;  // none: "AXEnabled" cannot be read
+    std::optional<Rect> frame;           // none: derived from the window (x+8, y+6, 14 × 16)
+};
+
+struct WindowSpec {
+    std::string title = "Untitled";
+    std::string role = "AXWindow";
+    std::optional<std::string> subrole = "AXStandardWindow";  // none: the read fails -25205
+    Rect frame{{100, 100}, {800, 600}};
+    CloseButtonSpec closeButton;
+    // What a click on its enabled close button does: close at once (after `closeDelay`),
+    // or show a save sheet that holds the close until it is answered.
+    bool asksToSave = false;
+    double closeDelay = 0.05;
+};
+
+struct AppSpec {
+    Pid pid = 0;
+    std::optional<std::string> bundleID;
+    std::optional<std::string> name;
+    ActivationPolicy policy = ActivationPolicy::regular;
+    // How the application answers a polite quit request: quit after `quitDelay` seconds,
+    // or decline and keep running.
+    bool declinesQuit = false;
+    double quitDelay = 0.5;
+    // Whether the application terminates itself when its last window closes.
+    bool quitsWithLastWindow = false;
+    // AXObserverCreate fails for this process with this error (0: it succeeds).
+    AXError observerError = axerror::success;
+};
+
+// One quit request as the desktop saw it.
+struct QuitRequest {
+    Pid pid = 0;
+    Date at;
+    bool forced = false;  // always false: the seam has no forced quit; kept as an invariant probe
+};
+
+class SimDesktop final : public Accessibility,
+                         public Workspace,
+                         public MainQueue,
+                         public Clock,
+                         public MouseMonitor,
+                         public SystemInfo,
+                         public LoginItem,
+                         public Alerts,
+                         public Pasteboard,
+                         public HttpClient {
+public:
+    // `start` is the virtual wall-clock time; `utcOffsetSeconds` the local time zone offset.
+    explicit SimDesktop(Date start = Date{1767225600.0}, int utcOffsetSeconds = 0);
+    ~SimDesktop() override;
+    SimDesktop(const SimDesktop&) = delete;
+    SimDesktop& operator=(const SimDesktop&) = delete;
+
+    // Makes this desktop the process's platform (every member of `Platform`).
+    void install();
+
+    // ---- Time and the main queue ----
+    // Runs every work item due within the next `seconds`, in due order (ties in submission
+    // order), moving the clock to each item's due time; ends with the clock at now + seconds.
+    void advance(double seconds);
+    // Runs work already due now (notifications just posted, zero-delay items).
+    void runDue();
+    std::size_t pendingWorkCount() const;
+
+    // ---- Applications ----
+    // An application already running (no launch notification).
+    void addApp(const AppSpec& spec);
+    // Launches an application: it starts running and the launch notification is delivered.
+    void launchApp(const AppSpec& spec);
+    // The application terminates (by itself or after a quit request): its windows are
+    // destroyed, and the termination notification is delivered.
+    void terminateApp(Pid pid);
+    void setFrontmost(std::optional<Pid> pid);
+    void setOwnPid(Pid pid);
+    bool isRunning(Pid pid) const;
+    void setQuitBehaviour(Pid pid, bool declines, double quitDelay);
+
+    // ---- Windows and other elements ----
+    // Adds a window; unless `notify` is false, "AXWindowCreated" goes to the app's observers.
+    ElementId addWindow(Pid pid, const WindowSpec& spec, bool notify = true);
+    // Destroys an element ("AXUIElementDestroyed" to its observers); later reads of it fail
+    // with invalid-element.
+    void destroyWindow(ElementId window);
+    void moveWindow(ElementId window, Point origin);   // "AXWindowMoved"
+    void resizeWindow(ElementId window, Size size);   // "AXWindowResized"
+    void focusWindow(ElementId window);               // "AXFocusedWindowChanged" on the app
+    // A sheet (role "AXSheet") attached to a window as a child; answering it removes it and,
+    // when `closesWindow`, closes the window.
+    ElementId showSheet(ElementId window);
+    void answerSheet(ElementId window, bool closesWindow);
+    // A dialog window of the application (role "AXWindow", subrole e.g. "AXDialog").
+    ElementId showDialog(Pid pid, const std::string& subrole, const std::string& title);
+    void setCloseButton(ElementId window, const CloseButtonSpec& spec);
+    void setTitle(ElementId window, const std::string& title);
+    void setSubrole(ElementId window, std::optional<std::string> subrole);
+    std::vector<ElementId> windowsOf(Pid pid) const;  // live windows, front to back
+    std::optional<ElementId> windowNamed(Pid pid, const std::string& title) const;
+    // The close button's true frame on screen (before any slack).
+    std::optional<Rect> closeButtonFrame(ElementId window) const;
+    // An element handle for tests (a fresh object each call, same element).
+    AXElement element(ElementId id) const;
+    AXElement applicationElement(Pid pid) const;
+
+    // Low-level attribute control: set or fail an attribute of any element.
+    void setAttribute(ElementId id, const std::string& attribute, std::optional<AXValue> value);
+    void failAttribute(ElementId id, const std::string& attribute, AXError error);
+
+    // ---- Injected Accessibility errors ----
+    // The next `times` reads (-1: until cleared) of `attribute` of `id` fail with `error`.
+    void injectError(ElementId id, const std::string& attribute, AXError error, int times = 1);
+    void clearInjectedErrors();
+
+    // ---- The user's mouse ----
+    // A left mouse-down at `point` with `modifiers`: delivered to the global monitors
+    // (unless it lands in this program's own window), then acted on by the desktop: a click
+    // on an enabled close button closes the window (or shows its save sheet); option-click
+    // closes every window of the application.
+    void click(Point point, ModifierFlags modifiers = 0);
+    // Other mouse and key events: never reach a left-mouse-down monitor.
+    void rightClick(Point point);
+    void mouseUp(Point point);
+    void keyDown(const std::string& key, ModifierFlags modifiers = 0);
+    // A close by keyboard shortcut, menu or program: the window goes without a click.
+    void closeWindowWithoutClick(ElementId window);
+
+    // ---- Counters and records ----
+    std::uint64_t accessibilityReadCount() const;  // AXUIElementCopyAttributeValue calls
+    std::uint64_t readCount(const std::string& attribute) const;
+    void resetCounters();
+    const std::vector<QuitRequest>& quitRequests() const;
+    int liveObserverCount() const;
+
+    // ---- Accessibility trust, login item, bundle, alerts, pasteboard, HTTP ----
+    void setTrusted(bool trusted);
+    int trustPromptCount() const;
+    void setLoginItemStatus(LoginItem::Status status);
+    void setLoginItemError(std::optional<std::string> error);  // next register/unregister fails
+    void setBundleInfo(const std::string& key, std::optional<std::string> value);
+    void setMachine(const std::string& machine, SystemInfo::OSVersion version);
+    // Alerts: answers are taken in order (button returns); the default answer is 1000.
+    void queueAlertAnswer(long response);
+    const std::vector<AlertSpec>& shownAlerts() const;
+    const std::string& pasteboardText() const;
+    // Installed applications (for the open panel and pathForApplication).
+    void installApplication(const std::string& path, std::optional<std::string> bundleID,
+                            const std::string& displayName);
+    const std::vector<std::string>& openedURLs() const;
+    const std::vector<std::string>& revealedFiles() const;
+    // HTTP: a canned reply for a URL (anything else fails with a transport error).
+    void setHttpReply(const std::string& url, HttpResult result);
+
+    // ---- Platform interfaces (the seam) ----
+    AXElement createApplication(Pid pid) override;
+    std::unique_ptr<AXObserver> createObserver(Pid pid, AXObserverCallback callback,
+                                               AXError& error) override;
+    bool isProcessTrusted() override;
+    bool isProcessTrustedWithPrompt() override;
+
+    std::vector<RunningApplicationRef> runningApplications() override;
+    RunningApplicationRef frontmostApplication() override;
+    RunningApplicationRef runningApplication(Pid pid) override;
+    Pid ownProcessIdentifier() override;
+    Subscription observeLaunches(ApplicationHandler handler) override;
+    Subscription observeTerminations(ApplicationHandler handler) override;
+    std::optional<std::string> pathForApplication(const std::string& bundleID) override;
+    std::string displayName(const std::string& path) override;
+    std::optional<std::string> bundleIdentifierAtPath(const std::string& path) override;
+    bool openURL(const std::string& url) override;
+    void selectFile(const std::string& path) override;
+
+    void asyncAfter(double delaySeconds, std::function<void()> work) override;
+    Subscription scheduleRepeating(double intervalSeconds, std::function<void()> tick) override;
+
+    Date now() override;
+    LocalTime localTime(Date date) override;
+
+    MonitorToken addGlobalLeftMouseDownMonitor(Handler handler) override;
+    void removeMonitor(MonitorToken token) override;
+
+    std::optional<std::string> bundleInfoString(const std::string& key) override;
+    OSVersion operatingSystemVersion() override;
+    std::string machineName() override;
+
+    LoginItem::Status status() override;
+    std::optional<std::string> registerItem() override;
+    std::optional<std::string> unregisterItem() override;
+
+    long runModal(const AlertSpec& alert) override;
+    void setString(const std::string& text) override;
+
+    void send(const HttpRequest& request, std::function<void(HttpResult)> completion) override;
+
+    struct State;  // the implementation's model
+
+private:
+    std::unique_ptr<State> state_;
+};
+
+}  // namespace quelto::sim
