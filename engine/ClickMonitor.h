@@ -1,0 +1,33 @@
+#pragma once
+// Every left mouse-down anywhere on screen, handed on with the pointer position (global
+// top-left coordinates) and the modifier keys held at that moment. It only observes: no event
+// is consumed, altered or delayed.
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "platform/MouseMonitor.h"
+#include "platform/Types.h"
+
+namespace quelto {
+
+// Owned through a shared_ptr: the installed handler holds the monitor weakly, so a handler
+// that outlives its monitor does nothing.
+class ClickMonitor : public std::enable_shared_from_this<ClickMonitor> {
+  public:
+    using Callback = std::function<void(Point at, ModifierFlags modifiers)>;
+
+    // The platform's token while a monitor is installed; empty before start() and after stop().
+    std::optional<MonitorToken> monitor;
+    // Called once per left mouse-down while installed; empty by default.
+    Callback onClick;
+
+    // Installs the global monitor. A second call installs another one and keeps only the new
+    // token; the engine calls it exactly once.
+    void start();
+    // Removes the installed monitor, if any; always leaves `monitor` empty.
+    void stop();
+};
+
+}  // namespace quelto

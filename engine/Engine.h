@@ -1,0 +1,91 @@
+#pragma once
+// The quit engine: one per process. It follows the regular applications with a watcher each,
+// attributes close-button clicks to windows, gathers each application's closes into one
+// decision, asks the application to quit when the decision says so, and checks that it went.
+// Everything runs on the main thread; delayed work holds the engine weakly.
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "accessibility/AppWatcher.h"
+#include "accessibility/CloseButtonMiss.h"
+#include "accessibility/WindowRef.h"
+#include "engine/ClickMonitor.h"
+#include "engine/ClickRecord.h"
+#include "engine/PendingReport.h"
+#include "platform/Subscription.h"
+#include "platform/Types.h"
+#include "platform/Workspace.h"
+
+namespace quelto {
+
+class Engine final : public DestroyedWindowSink, public std::enable_shared_from_this<Engine> {
+    struct Token {};
+
+  public:
+    // Inert until start(): no monitor, no observers, no watchers. Reads the own process id
+    // from the installed platform.
+    static std::shared_ptr<Engine> create();
+
+    explicit Engine(Token);
+    ~Engine();
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
+
+    // One watcher per tracked application; the watchers refer back without owning.
+    std::map<Pid, std::shared_ptr<AppWatcher>> watchers;
+    // When each application was last asked to quit.
+    std::map<Pid, Date> lastTerminateAttempt;
+    // The global mouse-down monitor, created with the engine and never replaced.
+    const std::shared_ptr<ClickMonitor> clickMonitor;
+    // Close-button clicks not yet consumed, by window.
+    std::unordered_map<WindowRef, ClickRecord> recentClicks;
+    // Closes being gathered before a decision, by application.
+    std::map<Pid, PendingReport> pending;
+    // This program's own process: never watched, never quit.
+    const Pid ownPID;
+
+    // A newly launched application gets its watcher this long after the launch.
+    static constexpr double launchAttachDelay = 0.5;
+    // At most one quit request per application within this interval.
+    static constexpr double quitThrottle = 10.0;
+    // How long after a quit request the engine watches for the application to go…
+    static constexpr double quitVerification = 20.0;
+    // …looking this often.
+    static constexpr double quitPollInterval = 2.0;
+
+    // ---- Lifecycle and app tracking ----
+    // Starts the click monitor and the workspace observers, logs the policy and attaches to
+    // every running foreground application. Called once.
+    void start();
+    void appLaunched(const RunningApplicationRef& app);
+    void appTerminated(const RunningApplicationRef& app);
+    // Whether the application may ever be watched: regular, not this program, a real process.
+    bool isCandidate(const RunningApplication& app) const;
+
+    // ---- Click attribution ----
+    void handleClick(Point at, ModifierFlags modifiers);
+    void record(const WindowRef& window, const std::shared_ptr<AppWatcher>& watcher,
+                ModifierFlags modifiers, std::string_view how);
+    void sustainIfBlocked(const WindowRef& window, Pid pid);
+    void pruneClicks();
+
+    // ---- Close decision ----
+    void windowDestroyed(const WindowRef& ref, const std::shared_ptr<AppWatcher>& watcher,
+                         bool hadCloseButton, std::optional<CloseButtonMiss> miss) override;
+    void report(const PendingReport& gathered, const std::shared_ptr<AppWatcher>& watcher);
+
+    // ---- Termination ----
+    void terminate(const std::shared_ptr<AppWatcher>& watcher);
+    void verifyQuit(Pid of, const std::string& named, Date deadline);
+
+  private:
+    Subscription launches_;
+    Subscription terminations_;
+};
+
+}  // namespace quelto
