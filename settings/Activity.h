@@ -10,7 +10,7 @@
 namespace quelto {
 
 class Activity {
-public:
+  public:
     // "QueltoActivityChanged", posted after every record.
     static constexpr const char* changed = "QueltoActivityChanged";
 
@@ -39,7 +39,7 @@ public:
 
     static constexpr std::size_t limit = 200;
 
-private:
+  private:
     std::vector<Entry> entries_;
 };
 

@@ -17,7 +17,7 @@ namespace quelto {
 class Clock;
 
 class Log {
-public:
+  public:
     static Log& shared();
 
     // "~/Library/Logs/Quelto.log" with the tilde expanded, computed once.
@@ -39,7 +39,7 @@ public:
 
     ~Log();
 
-private:
+  private:
     Log();
     struct Impl;
     std::unique_ptr<Impl> impl_;
