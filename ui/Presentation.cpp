@@ -1,0 +1,66 @@
+#include "ui/Presentation.h"
+
+#include <cstdio>
+
+#include "platform/BuildSettings.h"
+#include "platform/Platform.h"
+#include "settings/Log.h"
+
+namespace quelto {
+
+namespace {
+
+std::string twoDigits(int n) {
+    char buf[8];
+    std::snprintf(buf, sizeof buf, "%02d", n);
+    return buf;
+}
+
+}  // namespace
+
+std::string formatClockTime(Date date, bool seconds) {
+    Clock* clock = platform().clock ? platform().clock : &systemClock();
+    LocalTime t = clock->localTime(date);
+    std::string s = twoDigits(t.hour) + ":" + twoDigits(t.minute);
+    if (seconds) s += ":" + twoDigits(t.second);
+    return s;
+}
+
+std::string ownBundleIdentifier() {
+    if (SystemInfo* sys = platform().system) {
+        if (auto id = sys->bundleInfoString("CFBundleIdentifier")) return *id;
+    }
+    return build::bundleID;
+}
+
+std::string systemLine() {
+    SystemInfo::OSVersion v;
+    std::string machine;
+    if (SystemInfo* sys = platform().system) {
+        v = sys->operatingSystemVersion();
+        machine = sys->machineName();
+    }
+    std::string shown = machine == "arm64" ? "Apple Silicon" : machine;
+    return "macOS " + std::to_string(v.major) + "." + std::to_string(v.minor) + "." +
+           std::to_string(v.patch) + " · " + shown;
+}
+
+std::string bundleStringOrQuestionMark(const std::string& key) {
+    if (SystemInfo* sys = platform().system) {
+        if (auto value = sys->bundleInfoString(key)) return *value;
+    }
+    return "?";
+}
+
+void reportLoginItemFailure(const std::string& error) {
+    log("could not change the login item: " + error);
+    if (Alerts* alerts = platform().alerts) {
+        alerts->runModal(AlertSpec{
+            "Couldn’t change the login setting",
+            error +
+                "\n\nYou can also set this yourself in System Settings → General → Login Items.",
+            {}});
+    }
+}
+
+}  // namespace quelto

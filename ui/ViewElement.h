@@ -1,0 +1,74 @@
+#pragma once
+// A renderer-neutral description of what a settings tab shows: a vertical list of elements
+// (texts, controls, rows of buttons, health-check rows, tables), each with its text, font,
+// state and the action it sends. The macOS window builds its views from it; quelto-sim and
+// the tests print it as text.
+
+#include <string>
+#include <vector>
+
+namespace quelto {
+
+enum class TextColor { primary, secondary };
+
+struct ViewElement {
+    enum class Kind {
+        image,             // `text` is the image name ("AppIcon"), `width` × `height`
+        text,              // a label
+        separator,         // a horizontal rule between groups
+        switchControl,     // `on`; `action`
+        segmentedControl,  // `items` are the segments, `selected` the chosen one; `action`
+        popUpButton,       // `items`, `selected`; `action`
+        checkBox,          // `text` is the title, `on`, `enabled`; `action`
+        button,            // `text` is the title; `action`
+        linkButton,        // a borderless, link-coloured button; `text`, `action`
+        row,               // `children` side by side
+        healthCheck,       // `text` title, `detail`, `symbol` and `on` (passed)
+        table,             // `id` names the table ("apps", "activity")
+    };
+
+    Kind kind = Kind::text;
+    // The control's name, for the renderer to find it again on refresh ("liveSwitch",
+    // "statusLabel", "modeControl", "escapeControl", "loginItemBox", "check.0", …); empty
+    // for static content.
+    std::string id;
+    std::string text;
+    double fontSize = 13;
+    bool semibold = false;
+    TextColor color = TextColor::primary;
+    bool centred = false;
+    double wrapWidth = 0;  // 0: one line, no wrapping
+    int maxLines = 0;      // 0: no limit
+    double width = 0;      // images
+    double height = 0;
+    std::vector<std::string> items;
+    int selected = -1;
+    bool on = false;
+    bool enabled = true;
+    std::string action;  // the model operation the control triggers ("toggleLive", …)
+    std::string detail;  // health checks: the line under the title
+    std::string symbol;  // health checks: "checkmark.circle.fill" / "exclamationmark.circle.fill"
+    std::vector<ViewElement> children;
+};
+
+// One settings tab: its label and identifier, how its content is laid out, and the content.
+struct TabContent {
+    std::string identifier;
+    std::string label;
+    // Stacks sit in a scrollable container; a table tab is a single table in a scroll view.
+    enum class Layout { stack, table } layout = Layout::stack;
+    bool centred = false;  // About: a centred stack
+    double spacing = 0;
+    double insetTop = 0;
+    double insetSide = 0;
+    std::vector<ViewElement> elements;
+};
+
+// One column of a table.
+struct TableColumn {
+    std::string identifier;
+    std::string title;
+    double width = 0;
+};
+
+}  // namespace quelto
