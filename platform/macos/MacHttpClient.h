@@ -1,0 +1,14 @@
+#pragma once
+// The HTTP client on macOS: a data task of the shared URL session per request. The
+// completion runs on the session's delegate queue, never on the caller's stack.
+
+#include "platform/Services.h"
+
+namespace quelto::mac {
+
+class MacHttpClient final : public HttpClient {
+  public:
+    void send(const HttpRequest& request, std::function<void(HttpResult)> completion) override;
+};
+
+}  // namespace quelto::mac
