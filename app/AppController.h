@@ -13,6 +13,7 @@
 #include "app/StatusItemModel.h"
 #include "platform/Subscription.h"
 #include "ui/MainWindowModel.h"
+#include "ui/Presentation.h"
 
 namespace quelto {
 
@@ -31,8 +32,7 @@ class AppController : public std::enable_shared_from_this<AppController> {
     AppController(const AppController&) = delete;
     AppController& operator=(const AppController&) = delete;
 
-    static constexpr const char* accessibilityPaneURL =
-        "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
+    static constexpr const char* accessibilityPaneURL = quelto::accessibilityPaneURL;
     static constexpr double permissionPollInterval = 1.0;
 
     // The start-up sequence.

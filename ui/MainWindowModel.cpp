@@ -1,5 +1,12 @@
 #include "ui/MainWindowModel.h"
 
+#include "platform/BuildSettings.h"
+#include "platform/NotificationCenter.h"
+#include "platform/Platform.h"
+#include "settings/Log.h"
+#include "ui/Presentation.h"
+#include "update/UpdateChecker.h"
+
 namespace quelto {
 
 const MainWindowModel::Frame& MainWindowModel::frame() {
@@ -16,103 +23,186 @@ const MainWindowModel::Frame& MainWindowModel::frame() {
     return f;
 }
 
-MainWindowModel::ExcludeBox MainWindowModel::excludeBox(const AppRow& row) {
-    ExcludeBox b;
-    b.identifier = row.bundleID;
-    return b;
-}
-MainWindowModel::NameCell MainWindowModel::nameCell(const AppRow& row) {
-    NameCell c;
-    c.text = row.name;
-    return c;
-}
-const std::vector<TableColumn>& MainWindowModel::appsColumns() {
-    static const std::vector<TableColumn> c;
-    return c;
-}
-const MainWindowModel::OpenPanelSpec& MainWindowModel::addAppPanel() {
-    static const OpenPanelSpec s;
-    return s;
-}
-MainWindowModel::ActivityRow MainWindowModel::activityRow(const Activity::Entry&) {
-    return {};
-}
-const std::vector<TableColumn>& MainWindowModel::activityColumns() {
-    static const std::vector<TableColumn> c;
-    return c;
-}
-std::vector<MainWindowModel::HealthCheck> MainWindowModel::healthChecks(bool, const Config&,
-                                                                        LoginItem::Status) {
-    return {};
-}
-const std::vector<MainWindowModel::QuestionAndAnswer>& MainWindowModel::questions() {
-    static const std::vector<QuestionAndAnswer> q;
-    return q;
-}
-MainWindowModel::AboutLines MainWindowModel::aboutLines() {
-    return {};
-}
-std::string MainWindowModel::diagnosticsText() {
-    return {};
-}
-std::string MainWindowModel::supportMailURL() {
-    return {};
-}
-std::string MainWindowModel::helpPageURL() {
-    return {};
-}
-std::string MainWindowModel::siteURL() {
-    return {};
-}
-std::string MainWindowModel::termsURL() {
-    return {};
-}
-std::string MainWindowModel::privacyURL() {
-    return {};
+MainWindowModel::MainWindowModel() : selectedTab_(frame().tabs.front().identifier) {
+    // The Activity table follows the journal live.
+    activityObserver_ = NotificationCenter::defaultCenter().addObserver(
+        Activity::changed, [this] { activityChanged(); });
+    refresh();
 }
 
-MainWindowModel::MainWindowModel() : selectedTab_("general") {}
 MainWindowModel::~MainWindowModel() = default;
 
-void MainWindowModel::select(const std::string&) {}
-void MainWindowModel::refresh() {}
-void MainWindowModel::reloadApps(const Config&) {}
-void MainWindowModel::refreshHelp() {}
-void MainWindowModel::activityChanged() {}
-std::size_t MainWindowModel::activityRowCount() const {
-    return 0;
+void MainWindowModel::changed(Change change) {
+    if (onChange) onChange(change);
 }
-std::vector<MainWindowModel::ActivityRow> MainWindowModel::activityRows() const {
-    return {};
+
+void MainWindowModel::select(const std::string& tab) {
+    for (const Tab& t : frame().tabs) {
+        if (t.identifier == tab) {
+            selectedTab_ = tab;
+            changed(Change::tab);
+            return;
+        }
+    }
 }
-TabContent MainWindowModel::content(const std::string&) const {
-    return {};
+
+void MainWindowModel::refresh() {
+    const Config config = Config::load();
+
+    general_.liveOn = config.live;
+    general_.statusLabel = config.live ? "Quelto is active" : "Quelto is paused";
+    general_.modeSegment = config.mode == Config::Mode::lastWindow ? 0 : 1;
+    switch (config.escape) {
+        case Config::Escape::shift:
+            general_.escapeIndex = 0;
+            break;
+        case Config::Escape::option:
+            general_.escapeIndex = 1;
+            break;
+        case Config::Escape::none:
+            general_.escapeIndex = 2;
+            break;
+    }
+
+    const LoginItem::Status login =
+        platform().loginItem ? platform().loginItem->status() : LoginItem::Status::notFound;
+    general_.loginChecked =
+        login == LoginItem::Status::requiresApproval || login == LoginItem::Status::enabled;
+    general_.loginTitle = login == LoginItem::Status::requiresApproval
+                              ? "Start Quelto when I log in — needs approval in System Settings"
+                              : "Start Quelto when I log in";
+
+    recomputeHelp();
+    rebuildApps(config);
+    // The Activity table reads the journal directly; the change below reloads it too.
+    changed(Change::all);
 }
-void MainWindowModel::toggleLive(bool) {}
-void MainWindowModel::changeQuitMode(int) {}
-void MainWindowModel::changeEscape(int) {}
-void MainWindowModel::toggleLoginItem(bool) {}
-void MainWindowModel::toggleExclusion(const std::string&, bool) {}
-void MainWindowModel::addAppClicked() {}
-void MainWindowModel::addApp(const std::vector<std::string>&) {}
-void MainWindowModel::revealLog() {}
-void MainWindowModel::revealConfig() {}
-void MainWindowModel::openAccessibility() {}
-void MainWindowModel::copyDiagnostics() {}
-bool MainWindowModel::openExternally(const std::string&) {
-    return false;
+
+// ---- General ----
+
+void MainWindowModel::toggleLive(bool switchOn) {
+    Config config = Config::load();
+    config.live = switchOn;
+    config.save();
+    refresh();
+    NotificationCenter::defaultCenter().post(queltoConfigChanged);
 }
-void MainWindowModel::emailSupport() {}
-void MainWindowModel::openHelpPage() {}
-void MainWindowModel::openSite() {}
-void MainWindowModel::openTerms() {}
-void MainWindowModel::openPrivacy() {}
-void MainWindowModel::checkForUpdates(UpdateButton*) {}
-bool MainWindowModel::perform(const std::string&) {
-    return false;
+
+void MainWindowModel::changeQuitMode(int selectedSegment) {
+    Config config = Config::load();
+    config.mode = selectedSegment == 0 ? Config::Mode::lastWindow : Config::Mode::redDot;
+    config.save();
+    // The control already shows the choice; keep the model's copy of it in step.
+    general_.modeSegment = selectedSegment == 0 ? 0 : 1;
 }
-void MainWindowModel::changed(Change c) {
-    if (onChange) onChange(c);
+
+void MainWindowModel::changeEscape(int selectedIndex) {
+    static constexpr Config::Escape order[] = {Config::Escape::shift, Config::Escape::option,
+                                               Config::Escape::none};
+    if (selectedIndex < 0 || selectedIndex > 2) return;
+    Config config = Config::load();
+    config.escape = order[selectedIndex];
+    config.save();
+    general_.escapeIndex = selectedIndex;
+}
+
+void MainWindowModel::toggleLoginItem(bool boxChecked) {
+    if (LoginItem* item = platform().loginItem) {
+        if (boxChecked) {
+            if (auto error = item->registerItem())
+                reportLoginItemFailure(*error);
+            else
+                log("will start at login");
+        } else {
+            if (auto error = item->unregisterItem())
+                reportLoginItemFailure(*error);
+            else
+                log("will no longer start at login");
+        }
+    }
+    // Puts the box back to the service's real status.
+    refresh();
+}
+
+// ---- Files, links and the rest ----
+
+void MainWindowModel::revealLog() {
+    if (Workspace* ws = platform().workspace) ws->selectFile(Log::path());
+}
+
+void MainWindowModel::revealConfig() {
+    if (Workspace* ws = platform().workspace) ws->selectFile(Config::path());
+}
+
+void MainWindowModel::openAccessibility() {
+    if (Accessibility* ax = platform().accessibility) ax->isProcessTrustedWithPrompt();
+    openExternally(accessibilityPaneURL);
+}
+
+bool MainWindowModel::openExternally(const std::string& url) {
+    if (!parsesAsURL(url)) return false;
+    Workspace* ws = platform().workspace;
+    return ws && ws->openURL(url);
+}
+
+std::string MainWindowModel::supportMailURL() {
+    return std::string("mailto:") + build::supportEmail + "?subject=Quelto%20help";
+}
+std::string MainWindowModel::helpPageURL() {
+    return std::string(build::siteURL) + "/help";
+}
+std::string MainWindowModel::siteURL() {
+    return build::siteURL;
+}
+std::string MainWindowModel::termsURL() {
+    return std::string(build::siteURL) + "/terms";
+}
+std::string MainWindowModel::privacyURL() {
+    return std::string(build::siteURL) + "/privacy";
+}
+
+void MainWindowModel::emailSupport() {
+    openExternally(supportMailURL());
+}
+void MainWindowModel::openHelpPage() {
+    openExternally(helpPageURL());
+}
+void MainWindowModel::openSite() {
+    openExternally(siteURL());
+}
+void MainWindowModel::openTerms() {
+    openExternally(termsURL());
+}
+void MainWindowModel::openPrivacy() {
+    openExternally(privacyURL());
+}
+
+void MainWindowModel::checkForUpdates(UpdateButton* from) {
+    UpdateChecker::check(from);
+}
+
+bool MainWindowModel::perform(const std::string& action) {
+    if (action == "revealLog")
+        revealLog();
+    else if (action == "revealConfig")
+        revealConfig();
+    else if (action == "openAccessibility")
+        openAccessibility();
+    else if (action == "copyDiagnostics")
+        copyDiagnostics();
+    else if (action == "emailSupport")
+        emailSupport();
+    else if (action == "openHelpPage")
+        openHelpPage();
+    else if (action == "openSite")
+        openSite();
+    else if (action == "openTerms")
+        openTerms();
+    else if (action == "openPrivacy")
+        openPrivacy();
+    else
+        return false;
+    return true;
 }
 
 }  // namespace quelto

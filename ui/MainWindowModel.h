@@ -211,6 +211,8 @@ class MainWindowModel {
 
   private:
     void changed(Change change);
+    void rebuildApps(const Config& config);
+    void recomputeHelp();
 
     std::string selectedTab_;
     GeneralState general_;

@@ -16,7 +16,27 @@ std::string twoDigits(int n) {
     return buf;
 }
 
+bool isHex(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
+
 }  // namespace
+
+bool parsesAsURL(std::string_view text) {
+    if (text.empty()) return false;
+    static constexpr std::string_view allowed =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~:/?#[]@!$&'()*+,;=";
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        char c = text[i];
+        if (c == '%') {
+            if (i + 2 >= text.size() || !isHex(text[i + 1]) || !isHex(text[i + 2])) return false;
+            i += 2;
+            continue;
+        }
+        if (allowed.find(c) == std::string_view::npos) return false;
+    }
+    return true;
+}
 
 std::string formatClockTime(Date date, bool seconds) {
     Clock* clock = platform().clock ? platform().clock : &systemClock();

@@ -2,10 +2,19 @@
 // Small presentation helpers shared by the status menu and the settings window.
 
 #include <string>
+#include <string_view>
 
 #include "platform/Types.h"
 
 namespace quelto {
+
+// The system settings pane for Accessibility privacy.
+inline constexpr const char* accessibilityPaneURL =
+    "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
+
+// Whether `text` parses as a URL the way the system's URL parser takes a string: not
+// empty, only characters a URL may hold, every "%" followed by two hexadecimal digits.
+bool parsesAsURL(std::string_view text);
 
 // The local time of `date` as "HH:mm", or "HH:mm:ss" with `seconds`.
 std::string formatClockTime(Date date, bool seconds);

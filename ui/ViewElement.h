@@ -23,6 +23,7 @@ struct ViewElement {
         button,            // `text` is the title; `action`
         linkButton,        // a borderless, link-coloured button; `text`, `action`
         row,               // `children` side by side
+        column,            // `children` one under the other
         healthCheck,       // `text` title, `detail`, `symbol` and `on` (passed)
         table,             // `id` names the table ("apps", "activity")
     };

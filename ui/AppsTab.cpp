@@ -1,0 +1,176 @@
+// The Apps tab: the list of applications with their "Never quit" boxes, and adding
+// applications that are not running.
+
+#include <algorithm>
+#include <cctype>
+#include <set>
+
+#include "platform/NotificationCenter.h"
+#include "platform/Platform.h"
+#include "settings/Log.h"
+#include "ui/MainWindowModel.h"
+#include "ui/Presentation.h"
+
+namespace quelto {
+
+namespace {
+
+std::string withoutAppSuffix(std::string name) {
+    static const std::string suffix = ".app";
+    for (std::size_t at = name.find(suffix); at != std::string::npos; at = name.find(suffix))
+        name.erase(at, suffix.size());
+    return name;
+}
+
+std::string lastPathComponent(std::string path) {
+    while (path.size() > 1 && path.back() == '/') path.pop_back();
+    std::size_t slash = path.rfind('/');
+    return slash == std::string::npos || path.size() == 1 ? path : path.substr(slash + 1);
+}
+
+// Case-insensitive ascending order of display names.
+bool nameBefore(const std::string& a, const std::string& b) {
+    return std::lexicographical_compare(
+        a.begin(), a.end(), b.begin(), b.end(),
+        [](unsigned char x, unsigned char y) { return std::tolower(x) < std::tolower(y); });
+}
+
+}  // namespace
+
+const std::vector<TableColumn>& MainWindowModel::appsColumns() {
+    static const std::vector<TableColumn> columns = {{"name", "Application", 330},
+                                                     {"exclude", "Never quit", 90}};
+    return columns;
+}
+
+MainWindowModel::ExcludeBox MainWindowModel::excludeBox(const AppRow& row) {
+    ExcludeBox box;
+    box.identifier = row.bundleID;
+    if (row.excluded) {
+        box.checked = true;
+        box.enabled = !row.builtIn;
+    } else if (row.builtIn) {
+        box.checked = true;
+        box.enabled = false;
+    } else {
+        box.checked = false;
+        box.enabled = true;
+    }
+    if (row.builtIn) box.toolTip = "Always protected";
+    return box;
+}
+
+MainWindowModel::NameCell MainWindowModel::nameCell(const AppRow& row) {
+    NameCell cell;
+    cell.text = row.name;
+    cell.color = row.running ? TextColor::primary : TextColor::secondary;
+    cell.toolTip = row.bundleID;
+    return cell;
+}
+
+const MainWindowModel::OpenPanelSpec& MainWindowModel::addAppPanel() {
+    static const OpenPanelSpec spec{
+        "Choose an app Quelto should never quit",
+        "Never Quit",
+        "Pick one or more apps that should keep running when you close their last window.",
+        {"com.apple.application", "com.apple.application-bundle"},
+        true,
+        true,
+        false,
+        false,
+        "/Applications"};
+    return spec;
+}
+
+void MainWindowModel::reloadApps(const Config& config) {
+    rebuildApps(config);
+    changed(Change::apps);
+}
+
+void MainWindowModel::rebuildApps(const Config& config) {
+    std::vector<AppRow> rows;
+    std::set<std::string> seen;
+    const std::set<std::string>& builtIn = neverQuitBundleIDs();
+    Workspace* ws = platform().workspace;
+
+    if (ws) {
+        const std::string own = ownBundleIdentifier();
+        for (const RunningApplicationRef& app : ws->runningApplications()) {
+            if (!app || app->activationPolicy() != ActivationPolicy::regular) continue;
+            std::optional<std::string> id = app->bundleIdentifier();
+            if (!id || *id == own) continue;
+            if (!seen.insert(*id).second) continue;
+            AppRow row;
+            row.name = app->localizedName().value_or(*id);
+            row.bundleID = *id;
+            row.running = true;
+            row.excluded = config.excluded.count(*id) > 0;
+            row.builtIn = builtIn.count(*id) > 0;
+            rows.push_back(std::move(row));
+        }
+    }
+
+    for (const std::string& id : config.excluded) {
+        if (seen.count(id)) continue;
+        AppRow row;
+        row.name = id;
+        if (ws) {
+            if (auto path = ws->pathForApplication(id))
+                row.name = withoutAppSuffix(ws->displayName(*path));
+        }
+        row.bundleID = id;
+        row.running = false;
+        row.excluded = true;
+        row.builtIn = builtIn.count(id) > 0;
+        rows.push_back(std::move(row));
+    }
+
+    std::stable_sort(rows.begin(), rows.end(), [](const AppRow& a, const AppRow& b) {
+        if (a.running != b.running) return a.running;
+        return nameBefore(a.name, b.name);
+    });
+    appRows_ = std::move(rows);
+}
+
+void MainWindowModel::toggleExclusion(const std::string& bundleID, bool boxChecked) {
+    if (bundleID.empty()) return;
+    Config config = Config::load();
+    if (boxChecked)
+        config.excluded.insert(bundleID);
+    else
+        config.excluded.erase(bundleID);
+    config.save();
+    for (AppRow& row : appRows_)
+        if (row.bundleID == bundleID) row.excluded = boxChecked;
+    changed(Change::appRow);
+    NotificationCenter::defaultCenter().post(queltoConfigChanged);
+}
+
+void MainWindowModel::addAppClicked() {
+    log("Add App… clicked");
+}
+
+void MainWindowModel::addApp(const std::vector<std::string>& chosenPaths) {
+    Workspace* ws = platform().workspace;
+    if (!ws) return;
+    Config config = Config::load();
+    std::vector<std::string> names;
+    for (const std::string& path : chosenPaths) {
+        std::optional<std::string> id = ws->bundleIdentifierAtPath(path);
+        if (!id || id->empty()) {
+            log("could not read a bundle identifier from " + lastPathComponent(path));
+            continue;
+        }
+        config.excluded.insert(*id);
+        names.push_back(withoutAppSuffix(ws->displayName(path)));
+    }
+    if (names.empty()) return;
+    config.save();
+    std::string joined;
+    for (const std::string& name : names) joined += (joined.empty() ? "" : ", ") + name;
+    log("will never quit: " + joined);
+    refresh();
+    NotificationCenter::defaultCenter().post(queltoConfigChanged);
+}
+
+}  // namespace quelto
