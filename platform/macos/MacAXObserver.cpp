@@ -1,0 +1,66 @@
+#include "platform/macos/MacAXObserver.h"
+
+#include "platform/macos/CFStrings.h"
+#include "platform/macos/MacAXElement.h"
+
+namespace quelto::mac {
+
+std::unique_ptr<MacAXObserver> MacAXObserver::create(Pid pid, AXObserverCallback callback,
+                                                     AXError& error) {
+    AXObserverRef observer = nullptr;
+    ::AXError created = AXObserverCreate(pid, &MacAXObserver::deliver, &observer);
+    error = AXError(created);
+    if (created != kAXErrorSuccess || !observer) {
+        if (observer) CFRelease(observer);
+        if (error.isSuccess()) error = axerror::failure;
+        return nullptr;
+    }
+    return std::unique_ptr<MacAXObserver>(new MacAXObserver(observer, callback));
+}
+
+MacAXObserver::~MacAXObserver() {
+    // Owners take the source off the run loop before letting go; doing it once more here is
+    // harmless and keeps a forgotten source from calling into freed records.
+    removeRunLoopSourceFromMainRunLoop();
+    CFRelease(observer_);
+}
+
+AXError MacAXObserver::addNotification(const AXElement& element, const std::string& notification,
+                                       void* refcon) {
+    AXUIElementRef target = MacAXElement::refOf(element);
+    if (!target) return axerror::illegalArgument;
+    CFStringRef name = createCFString(notification);
+    if (!name) return axerror::illegalArgument;
+
+    // Every registration with the same refcon shares one record: its content would be the same.
+    auto& record = registrations_[refcon];
+    if (!record) record = std::make_unique<Registration>(Registration{this, refcon});
+    ::AXError added = AXObserverAddNotification(observer_, target, name, record.get());
+    CFRelease(name);
+    return AXError(added);
+}
+
+void MacAXObserver::addRunLoopSourceToMainRunLoop() {
+    if (sourceOnMainRunLoop_) return;
+    CFRunLoopAddSource(CFRunLoopGetMain(), AXObserverGetRunLoopSource(observer_),
+                       kCFRunLoopDefaultMode);
+    sourceOnMainRunLoop_ = true;
+}
+
+void MacAXObserver::removeRunLoopSourceFromMainRunLoop() {
+    if (!sourceOnMainRunLoop_) return;
+    CFRunLoopRemoveSource(CFRunLoopGetMain(), AXObserverGetRunLoopSource(observer_),
+                          kCFRunLoopDefaultMode);
+    sourceOnMainRunLoop_ = false;
+}
+
+void MacAXObserver::deliver(AXObserverRef, AXUIElementRef element, CFStringRef notification,
+                            void* record) {
+    auto* registration = static_cast<Registration*>(record);
+    if (!registration) return;
+    MacAXObserver& self = *registration->observer;
+    AXElement handle = MacAXElement::retain(element);
+    self.callback_(self, handle, fromCFString(notification), registration->refcon);
+}
+
+}  // namespace quelto::mac

@@ -1,0 +1,34 @@
+#include "platform/macos/MacAccessibility.h"
+
+#include <ApplicationServices/ApplicationServices.h>
+
+#include "platform/macos/MacAXElement.h"
+#include "platform/macos/MacAXObserver.h"
+
+namespace quelto::mac {
+
+AXElement MacAccessibility::createApplication(Pid pid) {
+    return MacAXElement::adopt(AXUIElementCreateApplication(pid));
+}
+
+std::unique_ptr<AXObserver> MacAccessibility::createObserver(Pid pid, AXObserverCallback callback,
+                                                             AXError& error) {
+    return MacAXObserver::create(pid, callback, error);
+}
+
+bool MacAccessibility::isProcessTrusted() {
+    return AXIsProcessTrusted();
+}
+
+bool MacAccessibility::isProcessTrustedWithPrompt() {
+    const void* keys[] = {kAXTrustedCheckOptionPrompt};
+    const void* values[] = {kCFBooleanTrue};
+    CFDictionaryRef options =
+        CFDictionaryCreate(kCFAllocatorDefault, keys, values, 1, &kCFTypeDictionaryKeyCallBacks,
+                           &kCFTypeDictionaryValueCallBacks);
+    bool trusted = AXIsProcessTrustedWithOptions(options);
+    if (options) CFRelease(options);
+    return trusted;
+}
+
+}  // namespace quelto::mac

@@ -1,0 +1,18 @@
+#include "platform/macos/MacAlerts.h"
+
+#import <AppKit/AppKit.h>
+
+#include "platform/macos/NSStrings.h"
+
+namespace quelto::mac {
+
+long MacAlerts::runModal(const AlertSpec& spec) {
+    NSAlert* alert = [[NSAlert alloc] init];
+    alert.messageText = toNSString(spec.messageText);
+    alert.informativeText = toNSString(spec.informativeText);
+    // Buttons answer 1000, 1001, … in the order added; with none, the alert's own OK is 1000.
+    for (const std::string& title : spec.buttons) [alert addButtonWithTitle:toNSString(title)];
+    return static_cast<long>([alert runModal]);
+}
+
+}  // namespace quelto::mac
