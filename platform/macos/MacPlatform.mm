@@ -3,6 +3,7 @@
 #include "platform/Platform.h"
 #include "platform/macos/MacAccessibility.h"
 #include "platform/macos/MacAlerts.h"
+#include "platform/macos/MacHttpClient.h"
 #include "platform/macos/MacLoginItem.h"
 #include "platform/macos/MacMainQueue.h"
 #include "platform/macos/MacMouseMonitor.h"
@@ -22,6 +23,7 @@ void installMacPlatform() {
     static MacMouseMonitor mouse;
     static MacSystemInfo system;
     static MacLoginItem loginItem;
+    static MacHttpClient http;
     static MacAlerts alerts;
     static MacPasteboard pasteboard;
 
@@ -33,6 +35,7 @@ void installMacPlatform() {
     p.mouse = &mouse;
     p.system = &system;
     p.loginItem = &loginItem;
+    p.http = &http;
     p.alerts = &alerts;
     p.pasteboard = &pasteboard;
     installPlatform(p);
