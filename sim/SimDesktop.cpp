@@ -1,0 +1,50 @@
+// The desktop object itself: its construction, installation as the process's platform, and
+// the hand-over when it goes away.
+
+#include "sim/SimDesktop.h"
+
+#include "platform/BuildSettings.h"
+#include "sim/SimState.h"
+
+namespace quelto::sim {
+
+SimDesktop::SimDesktop(Date start, int utcOffsetSeconds) : state_(std::make_unique<State>(*this)) {
+    state_->now = toMicros(start.seconds);
+    state_->utcOffsetSeconds = utcOffsetSeconds;
+    state_->bundleInfo["CFBundleShortVersionString"] = build::version;
+    state_->bundleInfo["CFBundleVersion"] = build::buildNumber;
+    state_->bundleInfo["CFBundleIdentifier"] = build::bundleID;
+    state_->bundleInfo["CFBundleName"] = "Quelto";
+}
+
+SimDesktop::~SimDesktop() {
+    // Leave no dangling platform behind: whatever was installed from this desktop goes back
+    // to nothing (and the system clock).
+    Platform& p = platform();
+    if (p.accessibility == this || p.workspace == this || p.mainQueue == this || p.clock == this ||
+        p.mouse == this || p.system == this || p.loginItem == this || p.http == this ||
+        p.alerts == this || p.pasteboard == this) {
+        installPlatform(Platform{}, true);
+    }
+    // Work still queued may hold objects whose destructors reach back into the desktop
+    // (observers, subscriptions); the lifeline goes first so they find it expired.
+    state_->lifeline.reset();
+    state_->queue.clear();
+}
+
+void SimDesktop::install() {
+    Platform p;
+    p.accessibility = this;
+    p.workspace = this;
+    p.mainQueue = this;
+    p.clock = this;
+    p.mouse = this;
+    p.system = this;
+    p.loginItem = this;
+    p.http = this;
+    p.alerts = this;
+    p.pasteboard = this;
+    installPlatform(p, true);
+}
+
+}  // namespace quelto::sim

@@ -21,10 +21,10 @@ using ElementId = std::uint64_t;
 
 // How a close button looks to Accessibility.
 struct CloseButtonSpec {
-    bool present = true;           // false: the "AXCloseButton" read fails with `missingError`
+    bool present = true;  // false: the "AXCloseButton" read fails with `missingError`
     AXError missingError = axerror::attributeUnsupported;  // -25205 or -25212 (custom chrome)
-    std::optional<bool> enabled = true;  // none: "AXEnabled" cannot be read
-    std::optional<Rect> frame;           // none: derived from the window (x+8, y+6, 14 × 16)
+    std::optional<bool> enabled = true;                    // none: "AXEnabled" cannot be read
+    std::optional<Rect> frame;  // none: derived from the window (x+8, y+6, 14 × 16)
 };
 
 struct WindowSpec {
@@ -71,7 +71,7 @@ class SimDesktop final : public Accessibility,
                          public Alerts,
                          public Pasteboard,
                          public HttpClient {
-public:
+  public:
     // `start` is the virtual wall-clock time; `utcOffsetSeconds` the local time zone offset.
     explicit SimDesktop(Date start = Date{1767225600.0}, int utcOffsetSeconds = 0);
     ~SimDesktop() override;
@@ -90,7 +90,9 @@ public:
     std::size_t pendingWorkCount() const;
 
     // ---- Applications ----
-    // An application already running (no launch notification).
+    // An application already running (no launch notification). A process id that already
+    // runs is left as it is. Launching a regular application makes it frontmost; adding one
+    // does not. The frontmost application is none once it terminates.
     void addApp(const AppSpec& spec);
     // Launches an application: it starts running and the launch notification is delivered.
     void launchApp(const AppSpec& spec);
@@ -108,7 +110,7 @@ public:
     // Destroys an element ("AXUIElementDestroyed" to its observers); later reads of it fail
     // with invalid-element.
     void destroyWindow(ElementId window);
-    void moveWindow(ElementId window, Point origin);   // "AXWindowMoved"
+    void moveWindow(ElementId window, Point origin);  // "AXWindowMoved"
     void resizeWindow(ElementId window, Size size);   // "AXWindowResized"
     void focusWindow(ElementId window);               // "AXFocusedWindowChanged" on the app
     // A sheet (role "AXSheet") attached to a window as a child; answering it removes it and,
@@ -127,13 +129,28 @@ public:
     // An element handle for tests (a fresh object each call, same element).
     AXElement element(ElementId id) const;
     AXElement applicationElement(Pid pid) const;
+    // The ids behind the handles: a window's close-button element (0 for no window), the
+    // running application's element (0 when none runs).
+    ElementId closeButtonOf(ElementId window) const;
+    ElementId applicationElementId(Pid pid) const;
+    bool isElementAlive(ElementId id) const;
+    // The messaging time-out last set on an element, if any.
+    std::optional<float> messagingTimeout(ElementId id) const;
 
     // Low-level attribute control: set or fail an attribute of any element.
     void setAttribute(ElementId id, const std::string& attribute, std::optional<AXValue> value);
     void failAttribute(ElementId id, const std::string& attribute, AXError error);
+    // The general form: the read returns `error` and fills in `value` (as the platform may
+    // do even when it reports an error).
+    void setAttributeResult(ElementId id, const std::string& attribute, AXError error,
+                            std::optional<AXValue> value);
+    // Back to the model's own value.
+    void clearAttribute(ElementId id, const std::string& attribute);
 
     // ---- Injected Accessibility errors ----
     // The next `times` reads (-1: until cleared) of `attribute` of `id` fail with `error`.
+    // The attribute "*" stands for every attribute of the element. Time-outs are
+    // cannot-complete (-25204), as the platform reports a messaging time-out.
     void injectError(ElementId id, const std::string& attribute, AXError error, int times = 1);
     void clearInjectedErrors();
 
@@ -153,9 +170,23 @@ public:
     // ---- Counters and records ----
     std::uint64_t accessibilityReadCount() const;  // AXUIElementCopyAttributeValue calls
     std::uint64_t readCount(const std::string& attribute) const;
+    std::uint64_t readCount(ElementId id, const std::string& attribute) const;
     void resetCounters();
     const std::vector<QuitRequest>& quitRequests() const;
     int liveObserverCount() const;
+    int observersWithSourceOnRunLoop() const;
+    // Observers released while their run-loop source was still on the main run loop.
+    int observersReleasedWithSourceAttached() const;
+    // Registrations on an element for a notification, over every live observer.
+    std::size_t registrationCount(ElementId id, const std::string& notification) const;
+    // The registrations of the observers of a process, in the order they were made.
+    std::vector<std::pair<ElementId, std::string>> registrations(Pid pid) const;
+    std::size_t monitorCount() const;
+    // Applications brought to the front through RunningApplication::activate, in order.
+    const std::vector<Pid>& activatedApps() const;
+    // Workspace notifications that carry no application.
+    void postLaunchNotificationWithoutApplication();
+    void postTerminationNotificationWithoutApplication();
 
     // ---- Accessibility trust, login item, bundle, alerts, pasteboard, HTTP ----
     void setTrusted(bool trusted);
@@ -175,6 +206,7 @@ public:
     const std::vector<std::string>& revealedFiles() const;
     // HTTP: a canned reply for a URL (anything else fails with a transport error).
     void setHttpReply(const std::string& url, HttpResult result);
+    const std::vector<HttpRequest>& httpRequests() const;
 
     // ---- Platform interfaces (the seam) ----
     AXElement createApplication(Pid pid) override;
@@ -219,7 +251,7 @@ public:
 
     struct State;  // the implementation's model
 
-private:
+  private:
     std::unique_ptr<State> state_;
 };
 

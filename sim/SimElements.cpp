@@ -1,0 +1,524 @@
+// The element model: applications, windows, close buttons and sheets as Accessibility sees
+// them; attribute reads with overrides, injected errors and counted round trips; and the
+// operations that change windows.
+
+#include <algorithm>
+
+#include "sim/SimState.h"
+
+namespace quelto::sim {
+
+// ---- Element handles ----
+
+AXError SimElement::copyAttributeValue(const std::string& attribute,
+                                       std::optional<AXValue>& value) const {
+    if (life_.expired()) return axerror::invalidUIElement;
+    return state_->read(id_, attribute, value);
+}
+
+AXError SimElement::setMessagingTimeout(float seconds) const {
+    if (life_.expired()) return axerror::invalidUIElement;
+    Element* e = state_->find(id_);
+    if (!e) return axerror::illegalArgument;
+    if (!e->alive) return axerror::invalidUIElement;
+    if (seconds < 0) return axerror::illegalArgument;
+    e->messagingTimeout = seconds;
+    return axerror::success;
+}
+
+bool SimElement::isSameElement(const AXElementObject& other) const {
+    auto* o = dynamic_cast<const SimElement*>(&other);
+    return o && o->state_ == state_ && o->id_ == id_;
+}
+
+std::size_t SimElement::elementHash() const {
+    // A cheap mix of the element id; equal elements hash alike.
+    std::uint64_t x = id_ * 0x9E3779B97F4A7C15ull;
+    return static_cast<std::size_t>(x ^ (x >> 29));
+}
+
+// ---- The model ----
+
+Element* SimDesktop::State::find(ElementId id) {
+    auto it = elements.find(id);
+    return it == elements.end() ? nullptr : &it->second;
+}
+
+const Element* SimDesktop::State::find(ElementId id) const {
+    auto it = elements.find(id);
+    return it == elements.end() ? nullptr : &it->second;
+}
+
+Element* SimDesktop::State::liveWindow(ElementId id) {
+    Element* e = find(id);
+    return e && e->alive && e->kind == ElementKind::window ? e : nullptr;
+}
+
+ElementId SimDesktop::State::newElement(Element element) {
+    ElementId id = nextElement++;
+    elements.emplace(id, std::move(element));
+    return id;
+}
+
+AXElement SimDesktop::State::handle(ElementId id) const {
+    return std::make_shared<SimElement>(lifeline, const_cast<State*>(this), id);
+}
+
+std::vector<ElementId> SimDesktop::State::windowsOf(Pid pid) const {
+    std::vector<ElementId> out;
+    for (ElementId id : zOrder) {
+        const Element* e = find(id);
+        if (e && e->alive && e->pid == pid) out.push_back(id);
+    }
+    return out;
+}
+
+Rect SimDesktop::State::buttonFrame(const Element& window) const {
+    return Rect{{window.spec.frame.origin.x + window.buttonOffset.x,
+                 window.spec.frame.origin.y + window.buttonOffset.y},
+                window.buttonSize};
+}
+
+AXError SimDesktop::State::read(ElementId id, const std::string& attribute,
+                                std::optional<AXValue>& value) {
+    ++totalReads;
+    ++readsByAttribute[attribute];
+    ++readsByElement[{id, attribute}];
+    value.reset();
+
+    const Element* e = find(id);
+    if (!e) return id == 0 ? axerror::cannotComplete : axerror::invalidUIElement;
+    if (!e->alive) return axerror::invalidUIElement;
+
+    for (const std::string& key : {attribute, std::string("*")}) {
+        auto inj = injected.find({id, key});
+        if (inj == injected.end()) continue;
+        AXError error = inj->second.error;
+        if (inj->second.remaining > 0 && --inj->second.remaining == 0) injected.erase(inj);
+        return error;
+    }
+
+    auto ov = e->overrides.find(attribute);
+    if (ov != e->overrides.end()) {
+        value = ov->second.value;
+        return ov->second.error;
+    }
+    return computedValue(*e, id, attribute, value);
+}
+
+AXError SimDesktop::State::computedValue(const Element& e, ElementId id,
+                                         const std::string& attribute,
+                                         std::optional<AXValue>& value) const {
+    (void)id;
+    switch (e.kind) {
+        case ElementKind::application: {
+            const AppRecord* app = nullptr;
+            for (const auto& a : apps)
+                if (a->appElement == id) app = a.get();
+            if (attribute == "AXRole") {
+                value = AXValue("AXApplication");
+                return axerror::success;
+            }
+            if (attribute == "AXTitle") {
+                if (!app || !app->spec.name) return axerror::noValue;
+                value = AXValue(*app->spec.name);
+                return axerror::success;
+            }
+            if (attribute == "AXWindows" || attribute == "AXChildren") {
+                AXArray list;
+                for (ElementId w : windowsOf(e.pid)) list.emplace_back(handle(w));
+                value = AXValue(std::move(list));
+                return axerror::success;
+            }
+            if (attribute == "AXFocusedWindow" || attribute == "AXMainWindow") {
+                auto ws = windowsOf(e.pid);
+                if (ws.empty()) return axerror::noValue;
+                value = AXValue(handle(ws.front()));
+                return axerror::success;
+            }
+            return axerror::attributeUnsupported;
+        }
+        case ElementKind::window: {
+            const WindowSpec& s = e.spec;
+            if (attribute == "AXRole") {
+                value = AXValue(s.role);
+                return axerror::success;
+            }
+            if (attribute == "AXSubrole") {
+                if (!s.subrole) return axerror::attributeUnsupported;
+                value = AXValue(*s.subrole);
+                return axerror::success;
+            }
+            if (attribute == "AXTitle") {
+                value = AXValue(s.title);
+                return axerror::success;
+            }
+            if (attribute == "AXPosition") {
+                value = AXValue(s.frame.origin);
+                return axerror::success;
+            }
+            if (attribute == "AXSize") {
+                value = AXValue(s.frame.size);
+                return axerror::success;
+            }
+            if (attribute == "AXCloseButton") {
+                if (!s.closeButton.present) return s.closeButton.missingError;
+                value = AXValue(handle(e.closeButton));
+                return axerror::success;
+            }
+            if (attribute == "AXChildren") {
+                AXArray list;
+                if (s.closeButton.present) list.emplace_back(handle(e.closeButton));
+                for (ElementId sheet : e.sheets) list.emplace_back(handle(sheet));
+                value = AXValue(std::move(list));
+                return axerror::success;
+            }
+            if (attribute == "AXParent") {
+                const AppRecord* owner = nullptr;
+                for (const auto& a : apps)
+                    if (a->spec.pid == e.pid && a->running) owner = a.get();
+                if (!owner) return axerror::noValue;
+                value = AXValue(handle(owner->appElement));
+                return axerror::success;
+            }
+            return axerror::attributeUnsupported;
+        }
+        case ElementKind::closeButton: {
+            const Element* window = find(e.parent);
+            if (!window) return axerror::invalidUIElement;
+            if (attribute == "AXRole") {
+                value = AXValue("AXButton");
+                return axerror::success;
+            }
+            if (attribute == "AXSubrole") {
+                value = AXValue("AXCloseButton");
+                return axerror::success;
+            }
+            if (attribute == "AXEnabled") {
+                if (!window->spec.closeButton.enabled) return axerror::noValue;
+                value = AXValue(*window->spec.closeButton.enabled);
+                return axerror::success;
+            }
+            if (attribute == "AXPosition") {
+                value = AXValue(buttonFrame(*window).origin);
+                return axerror::success;
+            }
+            if (attribute == "AXSize") {
+                value = AXValue(buttonFrame(*window).size);
+                return axerror::success;
+            }
+            if (attribute == "AXParent") {
+                value = AXValue(handle(e.parent));
+                return axerror::success;
+            }
+            return axerror::attributeUnsupported;
+        }
+        case ElementKind::sheet: {
+            const Element* window = find(e.parent);
+            if (attribute == "AXRole") {
+                value = AXValue("AXSheet");
+                return axerror::success;
+            }
+            if (attribute == "AXTitle") {
+                value = AXValue(std::string());
+                return axerror::success;
+            }
+            if (window && attribute == "AXPosition") {
+                Rect f = window->spec.frame;
+                value = AXValue(Point{f.origin.x + (f.size.width - 420) / 2, f.origin.y + 28});
+                return axerror::success;
+            }
+            if (attribute == "AXSize") {
+                value = AXValue(Size{420, 160});
+                return axerror::success;
+            }
+            if (window && attribute == "AXParent") {
+                value = AXValue(handle(e.parent));
+                return axerror::success;
+            }
+            return axerror::attributeUnsupported;
+        }
+    }
+    return axerror::attributeUnsupported;
+}
+
+void SimDesktop::State::destroyWindow(ElementId id, bool notify) {
+    Element* w = find(id);
+    if (!w || !w->alive) return;
+    w->alive = false;
+    zOrder.erase(std::remove(zOrder.begin(), zOrder.end(), id), zOrder.end());
+    std::vector<ElementId> sheets = w->sheets;
+    if (Element* button = find(w->closeButton)) button->alive = false;
+    for (ElementId s : sheets) {
+        if (Element* sheet = find(s)) {
+            if (!sheet->alive) continue;
+            sheet->alive = false;
+            if (notify) post(s, "AXUIElementDestroyed", s);
+        }
+    }
+    if (notify) post(id, "AXUIElementDestroyed", id);
+}
+
+void SimDesktop::State::scheduleClose(ElementId id) {
+    Element* w = liveWindow(id);
+    if (!w || w->closeScheduled) return;
+    w->closeScheduled = true;
+    Pid pid = w->pid;
+    schedule(w->spec.closeDelay, [this, id, pid] {
+        Element* window = liveWindow(id);
+        if (!window) return;
+        window->closeScheduled = false;
+        destroyWindow(id, true);
+        lastWindowCheck(pid);
+    });
+}
+
+void SimDesktop::State::requestClose(ElementId id) {
+    Element* w = liveWindow(id);
+    if (!w || w->closeScheduled) return;
+    if (!w->sheets.empty()) return;  // a sheet is up: the window is modal to it
+    if (w->spec.asksToSave) {
+        owner.showSheet(id);
+        return;
+    }
+    scheduleClose(id);
+}
+
+void SimDesktop::State::lastWindowCheck(Pid pid) {
+    std::shared_ptr<AppRecord> app = runningAppRef(pid);
+    if (!app || !app->spec.quitsWithLastWindow || !windowsOf(pid).empty()) return;
+    std::weak_ptr<AppRecord> weak = app;
+    schedule(0.1, [this, weak, pid] {
+        auto a = weak.lock();
+        if (!a || !a->running || !windowsOf(pid).empty()) return;
+        terminate(pid);
+    });
+}
+
+// ---- SimDesktop: windows and elements ----
+
+ElementId SimDesktop::addWindow(Pid pid, const WindowSpec& spec, bool notify) {
+    State& s = *state_;
+    Element w;
+    w.kind = ElementKind::window;
+    w.pid = pid;
+    w.spec = spec;
+    if (spec.closeButton.frame) {
+        w.buttonOffset = Point{spec.closeButton.frame->origin.x - spec.frame.origin.x,
+                               spec.closeButton.frame->origin.y - spec.frame.origin.y};
+        w.buttonSize = spec.closeButton.frame->size;
+    }
+    ElementId id = s.newElement(std::move(w));
+    Element button;
+    button.kind = ElementKind::closeButton;
+    button.pid = pid;
+    button.parent = id;
+    s.find(id)->closeButton = s.newElement(std::move(button));
+    s.zOrder.insert(s.zOrder.begin(), id);
+    if (notify) {
+        if (const AppRecord* app = s.runningApp(pid))
+            s.post(app->appElement, "AXWindowCreated", id);
+    }
+    return id;
+}
+
+void SimDesktop::destroyWindow(ElementId window) {
+    State& s = *state_;
+    Element* w = s.liveWindow(window);
+    if (!w) return;
+    Pid pid = w->pid;
+    s.destroyWindow(window, true);
+    s.lastWindowCheck(pid);
+}
+
+void SimDesktop::closeWindowWithoutClick(ElementId window) {
+    destroyWindow(window);
+}
+
+void SimDesktop::moveWindow(ElementId window, Point origin) {
+    Element* w = state_->liveWindow(window);
+    if (!w) return;
+    w->spec.frame.origin = origin;
+    state_->post(window, "AXWindowMoved", window);
+}
+
+void SimDesktop::resizeWindow(ElementId window, Size size) {
+    Element* w = state_->liveWindow(window);
+    if (!w) return;
+    w->spec.frame.size = size;
+    state_->post(window, "AXWindowResized", window);
+}
+
+void SimDesktop::focusWindow(ElementId window) {
+    State& s = *state_;
+    Element* w = s.liveWindow(window);
+    if (!w) return;
+    s.zOrder.erase(std::remove(s.zOrder.begin(), s.zOrder.end(), window), s.zOrder.end());
+    s.zOrder.insert(s.zOrder.begin(), window);
+    if (const AppRecord* app = s.runningApp(w->pid))
+        s.post(app->appElement, "AXFocusedWindowChanged", window);
+}
+
+ElementId SimDesktop::showSheet(ElementId window) {
+    State& s = *state_;
+    Element* w = s.liveWindow(window);
+    if (!w) return 0;
+    Element sheet;
+    sheet.kind = ElementKind::sheet;
+    sheet.pid = w->pid;
+    sheet.parent = window;
+    ElementId id = s.newElement(std::move(sheet));
+    s.find(window)->sheets.push_back(id);
+    return id;
+}
+
+void SimDesktop::answerSheet(ElementId window, bool closesWindow) {
+    State& s = *state_;
+    Element* w = s.liveWindow(window);
+    if (!w || w->sheets.empty()) return;
+    ElementId sheet = w->sheets.back();
+    w->sheets.pop_back();
+    if (Element* e = s.find(sheet)) e->alive = false;
+    s.post(sheet, "AXUIElementDestroyed", sheet);
+    if (closesWindow) s.scheduleClose(window);
+}
+
+ElementId SimDesktop::showDialog(Pid pid, const std::string& subrole, const std::string& title) {
+    WindowSpec spec;
+    spec.title = title;
+    spec.subrole = subrole;
+    spec.frame = Rect{{400, 300}, {420, 180}};
+    spec.closeButton.present = false;
+    return addWindow(pid, spec, true);
+}
+
+void SimDesktop::setCloseButton(ElementId window, const CloseButtonSpec& spec) {
+    Element* w = state_->find(window);
+    if (!w || w->kind != ElementKind::window) return;
+    w->spec.closeButton = spec;
+    if (spec.frame) {
+        w->buttonOffset = Point{spec.frame->origin.x - w->spec.frame.origin.x,
+                                spec.frame->origin.y - w->spec.frame.origin.y};
+        w->buttonSize = spec.frame->size;
+    }
+}
+
+void SimDesktop::setTitle(ElementId window, const std::string& title) {
+    Element* w = state_->find(window);
+    if (w && w->kind == ElementKind::window) w->spec.title = title;
+}
+
+void SimDesktop::setSubrole(ElementId window, std::optional<std::string> subrole) {
+    Element* w = state_->find(window);
+    if (w && w->kind == ElementKind::window) w->spec.subrole = std::move(subrole);
+}
+
+std::vector<ElementId> SimDesktop::windowsOf(Pid pid) const {
+    return state_->windowsOf(pid);
+}
+
+std::optional<ElementId> SimDesktop::windowNamed(Pid pid, const std::string& title) const {
+    for (ElementId id : state_->windowsOf(pid))
+        if (state_->find(id)->spec.title == title) return id;
+    return std::nullopt;
+}
+
+std::optional<Rect> SimDesktop::closeButtonFrame(ElementId window) const {
+    const Element* w = state_->find(window);
+    if (!w || w->kind != ElementKind::window || !w->alive || !w->spec.closeButton.present)
+        return std::nullopt;
+    return state_->buttonFrame(*w);
+}
+
+AXElement SimDesktop::element(ElementId id) const {
+    return state_->handle(id);
+}
+
+AXElement SimDesktop::applicationElement(Pid pid) const {
+    const AppRecord* app = state_->runningApp(pid);
+    if (!app) {
+        // The most recent instance, terminated: its element is dead.
+        for (auto it = state_->apps.rbegin(); it != state_->apps.rend(); ++it)
+            if ((*it)->spec.pid == pid) return state_->handle((*it)->appElement);
+        return state_->handle(0);
+    }
+    return state_->handle(app->appElement);
+}
+
+AXElement SimDesktop::createApplication(Pid pid) { return applicationElement(pid); }
+
+ElementId SimDesktop::closeButtonOf(ElementId window) const {
+    const Element* w = state_->find(window);
+    return w && w->kind == ElementKind::window ? w->closeButton : 0;
+}
+
+ElementId SimDesktop::applicationElementId(Pid pid) const {
+    const AppRecord* app = state_->runningApp(pid);
+    return app ? app->appElement : 0;
+}
+
+void SimDesktop::setAttribute(ElementId id, const std::string& attribute,
+                              std::optional<AXValue> value) {
+    setAttributeResult(id, attribute, axerror::success, std::move(value));
+}
+
+void SimDesktop::failAttribute(ElementId id, const std::string& attribute, AXError error) {
+    setAttributeResult(id, attribute, error, std::nullopt);
+}
+
+void SimDesktop::setAttributeResult(ElementId id, const std::string& attribute, AXError error,
+                                    std::optional<AXValue> value) {
+    Element* e = state_->find(id);
+    if (!e) return;
+    e->overrides[attribute] = AttributeOverride{error, std::move(value)};
+}
+
+void SimDesktop::clearAttribute(ElementId id, const std::string& attribute) {
+    if (Element* e = state_->find(id)) e->overrides.erase(attribute);
+}
+
+void SimDesktop::injectError(ElementId id, const std::string& attribute, AXError error, int times) {
+    if (times == 0) {
+        state_->injected.erase({id, attribute});
+        return;
+    }
+    state_->injected[{id, attribute}] = InjectedError{error, times < 0 ? -1 : times};
+}
+
+void SimDesktop::clearInjectedErrors() {
+    state_->injected.clear();
+}
+
+std::optional<float> SimDesktop::messagingTimeout(ElementId id) const {
+    const Element* e = state_->find(id);
+    return e ? e->messagingTimeout : std::nullopt;
+}
+
+bool SimDesktop::isElementAlive(ElementId id) const {
+    const Element* e = state_->find(id);
+    return e && e->alive;
+}
+
+// ---- Counters ----
+
+std::uint64_t SimDesktop::accessibilityReadCount() const {
+    return state_->totalReads;
+}
+
+std::uint64_t SimDesktop::readCount(const std::string& attribute) const {
+    auto it = state_->readsByAttribute.find(attribute);
+    return it == state_->readsByAttribute.end() ? 0 : it->second;
+}
+
+std::uint64_t SimDesktop::readCount(ElementId id, const std::string& attribute) const {
+    auto it = state_->readsByElement.find({id, attribute});
+    return it == state_->readsByElement.end() ? 0 : it->second;
+}
+
+void SimDesktop::resetCounters() {
+    state_->totalReads = 0;
+    state_->readsByAttribute.clear();
+    state_->readsByElement.clear();
+}
+
+}  // namespace quelto::sim

@@ -1,0 +1,268 @@
+#pragma once
+// The simulated desktop's model, shared by the files that implement SimDesktop: the virtual
+// clock and its queue, the elements (applications, windows, close buttons, sheets), the
+// running applications, the observers and their registrations, the mouse monitors and the
+// smaller services. Everything lives on the one main thread; nothing here is locked.
+//
+// Handles given out to the core (element handles, observers, running-application objects,
+// subscriptions) may outlive the desktop. Each keeps a weak reference to the desktop's
+// lifeline and does nothing once it has expired.
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "sim/SimDesktop.h"
+
+namespace quelto::sim {
+
+// Virtual time is kept in whole microseconds, so that sums of delays are exact and the same
+// inputs always give the same order of work.
+using Micros = std::int64_t;
+Micros toMicros(double seconds);
+
+enum class ElementKind { application, window, closeButton, sheet };
+
+// What an attribute of an element holds when it has been set or failed explicitly.
+struct AttributeOverride {
+    AXError error;
+    std::optional<AXValue> value;
+};
+
+struct InjectedError {
+    AXError error;
+    int remaining = 1;  // -1: until cleared
+};
+
+struct Element {
+    ElementKind kind = ElementKind::window;
+    Pid pid = 0;
+    bool alive = true;
+    ElementId parent = 0;  // the window of a close button or sheet
+
+    // Windows.
+    WindowSpec spec;
+    ElementId closeButton = 0;
+    std::vector<ElementId> sheets;  // oldest first
+    Point buttonOffset{8, 6};       // the close button's origin relative to the window
+    Size buttonSize{14, 16};
+    bool closeScheduled = false;
+
+    std::map<std::string, AttributeOverride> overrides;
+    std::optional<float> messagingTimeout;
+};
+
+class SimRunningApplication;
+
+struct AppRecord {
+    AppSpec spec;
+    ElementId appElement = 0;
+    bool running = true;
+    std::shared_ptr<SimRunningApplication> handle;
+};
+
+struct Registration {
+    ElementId element = 0;
+    std::string notification;
+    void* refcon = nullptr;
+};
+
+class SimObserver;
+
+struct ObserverRecord {
+    Pid pid = 0;
+    AXObserverCallback callback = nullptr;
+    SimObserver* object = nullptr;
+    bool sourceOnRunLoop = false;
+    std::vector<Registration> registrations;
+};
+
+// A repeating timer; its subscription only flips `cancelled`, so it may outlive the desktop.
+struct RepeatingTimer {
+    Micros interval = 0;
+    std::function<void()> tick;
+    bool cancelled = false;
+};
+
+struct WorkItem {
+    std::function<void()> work;
+    std::shared_ptr<RepeatingTimer> timer;  // set for the ticks of a repeating timer
+};
+
+// A workspace observer; its subscription only flips `active`.
+struct WorkspaceHandler {
+    Workspace::ApplicationHandler handler;
+    bool active = true;
+};
+
+struct InstalledApplication {
+    std::string path;
+    std::optional<std::string> bundleID;
+    std::string displayName;
+};
+
+struct SimDesktop::State {
+    explicit State(SimDesktop& desktop) : owner(desktop) {}
+
+    SimDesktop& owner;
+    // Expires with the desktop; handles check it before touching the model.
+    std::shared_ptr<int> lifeline = std::make_shared<int>(0);
+
+    // ---- Clock and queue ----
+    Micros now = 0;  // absolute, since 1970
+    int utcOffsetSeconds = 0;
+    std::uint64_t nextSequence = 1;
+    std::map<std::pair<Micros, std::uint64_t>, WorkItem> queue;
+
+    void schedule(double delaySeconds, std::function<void()> work,
+                  std::shared_ptr<RepeatingTimer> timer = nullptr);
+    void scheduleAt(Micros due, WorkItem item);
+    // Runs the first item due at or before `limit`; false when there is none.
+    bool runNext(Micros limit);
+
+    // ---- Elements ----
+    ElementId nextElement = 1;
+    std::map<ElementId, Element> elements;
+    std::vector<ElementId> zOrder;  // every live window on screen, front to back
+    std::map<std::pair<ElementId, std::string>, InjectedError> injected;
+    std::uint64_t totalReads = 0;
+    std::map<std::string, std::uint64_t> readsByAttribute;
+    std::map<std::pair<ElementId, std::string>, std::uint64_t> readsByElement;
+
+    Element* find(ElementId id);
+    const Element* find(ElementId id) const;
+    Element* liveWindow(ElementId id);
+    ElementId newElement(Element element);
+    AXElement handle(ElementId id) const;
+    AXError read(ElementId id, const std::string& attribute, std::optional<AXValue>& value);
+    AXError computedValue(const Element& e, ElementId id, const std::string& attribute,
+                          std::optional<AXValue>& value) const;
+    std::vector<ElementId> windowsOf(Pid pid) const;
+    Rect windowFrame(const Element& window) const { return window.spec.frame; }
+    Rect buttonFrame(const Element& window) const;
+    // Marks a window and its children dead and takes it off screen; `notify` posts
+    // "AXUIElementDestroyed" for it (and its sheets).
+    void destroyWindow(ElementId window, bool notify);
+    // Closes a window the way its application does when asked: a save sheet when it asks to
+    // save, else the window goes after its close delay.
+    void requestClose(ElementId window);
+    void scheduleClose(ElementId window);
+    void lastWindowCheck(Pid pid);
+
+    // ---- Applications ----
+    std::vector<std::shared_ptr<AppRecord>> apps;  // insertion order, terminated ones included
+    std::optional<Pid> frontmost;
+    Pid ownPid = 1;
+    std::vector<QuitRequest> quitRequests;
+    std::vector<Pid> activations;
+    std::vector<std::shared_ptr<WorkspaceHandler>> launchHandlers;
+    std::vector<std::shared_ptr<WorkspaceHandler>> terminationHandlers;
+
+    AppRecord* runningApp(Pid pid);
+    std::shared_ptr<AppRecord> runningAppRef(Pid pid) const;
+    const AppRecord* runningApp(Pid pid) const;
+    void startApp(const AppSpec& spec, bool notifyLaunch);
+    void terminate(Pid pid);
+    void deliverWorkspace(const std::vector<std::shared_ptr<WorkspaceHandler>>& handlers,
+                          const std::shared_ptr<AppRecord>& app);
+
+    // ---- Observers ----
+    std::uint64_t nextObserver = 1;
+    std::map<std::uint64_t, ObserverRecord> observers;
+    int observersReleasedWithSource = 0;
+    // Queues one delivery per matching registration on `registeredOn`, passing `subject`.
+    void post(ElementId registeredOn, const std::string& notification, ElementId subject);
+
+    // ---- Mouse ----
+    MonitorToken nextMonitor = 1;
+    std::map<MonitorToken, std::shared_ptr<MouseMonitor::Handler>> monitors;
+    std::uint64_t eventsNotMonitored = 0;
+    std::optional<ElementId> windowAt(Point point) const;
+
+    // ---- Services ----
+    bool trusted = true;
+    int trustPrompts = 0;
+    LoginItem::Status loginStatus = LoginItem::Status::notRegistered;
+    std::optional<std::string> loginError;
+    std::map<std::string, std::string> bundleInfo;
+    std::string machine = "arm64";
+    SystemInfo::OSVersion osVersion{14, 5, 0};
+    std::vector<long> alertAnswers;  // taken from the front
+    std::vector<AlertSpec> alerts;
+    std::string pasteboard;
+    std::vector<InstalledApplication> installed;
+    std::vector<std::string> openedURLs;
+    std::vector<std::string> revealedFiles;
+    std::map<std::string, HttpResult> httpReplies;
+    std::vector<HttpRequest> httpRequests;
+};
+
+// An element handle: a fresh object for every read, the same element underneath.
+class SimElement final : public AXElementObject {
+  public:
+    SimElement(std::weak_ptr<int> life, SimDesktop::State* state, ElementId id)
+        : life_(std::move(life)), state_(state), id_(id) {}
+
+    AXError copyAttributeValue(const std::string& attribute,
+                               std::optional<AXValue>& value) const override;
+    AXError setMessagingTimeout(float seconds) const override;
+    bool isSameElement(const AXElementObject& other) const override;
+    std::size_t elementHash() const override;
+
+    ElementId id() const { return id_; }
+
+  private:
+    std::weak_ptr<int> life_;
+    SimDesktop::State* state_;
+    ElementId id_;
+};
+
+class SimObserver final : public AXObserver {
+  public:
+    SimObserver(std::weak_ptr<int> life, SimDesktop::State* state, std::uint64_t id)
+        : life_(std::move(life)), state_(state), id_(id) {}
+    ~SimObserver() override;
+
+    AXError addNotification(const AXElement& element, const std::string& notification,
+                            void* refcon) override;
+    void addRunLoopSourceToMainRunLoop() override;
+    void removeRunLoopSourceFromMainRunLoop() override;
+
+  private:
+    ObserverRecord* record();
+
+    std::weak_ptr<int> life_;
+    SimDesktop::State* state_;
+    std::uint64_t id_;
+};
+
+class SimRunningApplication final : public RunningApplication {
+  public:
+    SimRunningApplication(std::weak_ptr<int> life, SimDesktop::State* state,
+                          std::weak_ptr<AppRecord> app, AppSpec spec)
+        : life_(std::move(life)), state_(state), app_(std::move(app)), spec_(std::move(spec)) {}
+
+    Pid processIdentifier() const override { return spec_.pid; }
+    std::optional<std::string> localizedName() const override { return spec_.name; }
+    std::optional<std::string> bundleIdentifier() const override { return spec_.bundleID; }
+    ActivationPolicy activationPolicy() const override { return spec_.policy; }
+    bool terminate() override;
+    bool isTerminated() const override;
+    bool activate() override;
+
+  private:
+    std::shared_ptr<AppRecord> live() const;
+
+    std::weak_ptr<int> life_;
+    SimDesktop::State* state_;
+    std::weak_ptr<AppRecord> app_;
+    AppSpec spec_;
+};
+
+}  // namespace quelto::sim

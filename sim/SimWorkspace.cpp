@@ -1,0 +1,272 @@
+// Running applications and the workspace: launches, terminations, the frontmost application,
+// polite quit requests, and the installed applications the file services know about.
+
+#include <algorithm>
+
+#include "sim/SimState.h"
+
+namespace quelto::sim {
+
+// ---- Running-application objects ----
+
+std::shared_ptr<AppRecord> SimRunningApplication::live() const {
+    if (life_.expired()) return nullptr;
+    auto app = app_.lock();
+    return app && app->running ? app : nullptr;
+}
+
+bool SimRunningApplication::terminate() {
+    auto app = live();
+    if (!app) return false;
+    SimDesktop::State& s = *state_;
+    s.quitRequests.push_back(QuitRequest{spec_.pid, s.owner.now(), false});
+    if (app->spec.declinesQuit) return true;
+    std::weak_ptr<AppRecord> weak = app;
+    Pid pid = spec_.pid;
+    s.schedule(app->spec.quitDelay, [&s, weak, pid] {
+        auto a = weak.lock();
+        if (a && a->running) s.terminate(pid);
+    });
+    return true;
+}
+
+bool SimRunningApplication::isTerminated() const {
+    if (life_.expired()) return true;
+    auto app = app_.lock();
+    return !app || !app->running;
+}
+
+bool SimRunningApplication::activate() {
+    auto app = live();
+    if (!app) return false;
+    state_->activations.push_back(spec_.pid);
+    state_->owner.setFrontmost(spec_.pid);
+    return true;
+}
+
+// ---- The model ----
+
+AppRecord* SimDesktop::State::runningApp(Pid pid) {
+    return runningAppRef(pid).get();
+}
+
+const AppRecord* SimDesktop::State::runningApp(Pid pid) const {
+    return runningAppRef(pid).get();
+}
+
+std::shared_ptr<AppRecord> SimDesktop::State::runningAppRef(Pid pid) const {
+    for (const auto& app : apps)
+        if (app->running && app->spec.pid == pid) return app;
+    return nullptr;
+}
+
+void SimDesktop::State::startApp(const AppSpec& spec, bool notifyLaunch) {
+    if (runningApp(spec.pid)) return;  // one running application per process id
+    auto app = std::make_shared<AppRecord>();
+    app->spec = spec;
+    Element element;
+    element.kind = ElementKind::application;
+    element.pid = spec.pid;
+    app->appElement = newElement(std::move(element));
+    app->handle = std::make_shared<SimRunningApplication>(lifeline, this, app, spec);
+    apps.push_back(app);
+    if (notifyLaunch) deliverWorkspace(launchHandlers, app);
+}
+
+void SimDesktop::State::deliverWorkspace(
+    const std::vector<std::shared_ptr<WorkspaceHandler>>& handlers,
+    const std::shared_ptr<AppRecord>& app) {
+    RunningApplicationRef ref = app->handle;
+    for (const auto& h : handlers) {
+        if (!h->active) continue;
+        std::weak_ptr<WorkspaceHandler> weak = h;
+        schedule(0, [weak, ref] {
+            auto handler = weak.lock();
+            if (handler && handler->active && handler->handler) handler->handler(ref);
+        });
+    }
+}
+
+void SimDesktop::State::terminate(Pid pid) {
+    auto app = runningAppRef(pid);
+    if (!app) return;
+    // The windows vanish with the process; no destroyed notifications are sent.
+    for (ElementId w : windowsOf(pid)) destroyWindow(w, false);
+    if (Element* e = find(app->appElement)) e->alive = false;
+    app->running = false;
+    if (frontmost == pid) frontmost.reset();
+    deliverWorkspace(terminationHandlers, app);
+}
+
+// ---- SimDesktop: applications ----
+
+void SimDesktop::addApp(const AppSpec& spec) {
+    state_->startApp(spec, false);
+}
+
+void SimDesktop::launchApp(const AppSpec& spec) {
+    bool wasRunning = state_->runningApp(spec.pid) != nullptr;
+    state_->startApp(spec, true);
+    if (!wasRunning && spec.policy == ActivationPolicy::regular) setFrontmost(spec.pid);
+}
+
+void SimDesktop::terminateApp(Pid pid) {
+    state_->terminate(pid);
+}
+
+void SimDesktop::setFrontmost(std::optional<Pid> pid) {
+    State& s = *state_;
+    if (pid && !s.runningApp(*pid)) return;
+    s.frontmost = pid;
+    if (!pid) return;
+    // Activating an application brings its windows forward, in their own order.
+    std::vector<ElementId> mine, others;
+    for (ElementId id : s.zOrder) {
+        const Element* e = s.find(id);
+        (e && e->pid == *pid ? mine : others).push_back(id);
+    }
+    mine.insert(mine.end(), others.begin(), others.end());
+    s.zOrder = std::move(mine);
+}
+
+void SimDesktop::setOwnPid(Pid pid) {
+    state_->ownPid = pid;
+}
+
+bool SimDesktop::isRunning(Pid pid) const {
+    return state_->runningApp(pid) != nullptr;
+}
+
+void SimDesktop::setQuitBehaviour(Pid pid, bool declines, double quitDelay) {
+    if (AppRecord* app = state_->runningApp(pid)) {
+        app->spec.declinesQuit = declines;
+        app->spec.quitDelay = quitDelay;
+    }
+}
+
+const std::vector<QuitRequest>& SimDesktop::quitRequests() const {
+    return state_->quitRequests;
+}
+
+const std::vector<Pid>& SimDesktop::activatedApps() const {
+    return state_->activations;
+}
+
+// ---- Workspace (the seam) ----
+
+std::vector<RunningApplicationRef> SimDesktop::runningApplications() {
+    std::vector<RunningApplicationRef> out;
+    for (const auto& app : state_->apps)
+        if (app->running) out.push_back(app->handle);
+    return out;
+}
+
+RunningApplicationRef SimDesktop::frontmostApplication() {
+    if (!state_->frontmost) return nullptr;
+    auto app = state_->runningAppRef(*state_->frontmost);
+    return app ? RunningApplicationRef(app->handle) : nullptr;
+}
+
+RunningApplicationRef SimDesktop::runningApplication(Pid pid) {
+    auto app = state_->runningAppRef(pid);
+    return app ? RunningApplicationRef(app->handle) : nullptr;
+}
+
+Pid SimDesktop::ownProcessIdentifier() {
+    return state_->ownPid;
+}
+
+namespace {
+
+Subscription subscribe(std::vector<std::shared_ptr<WorkspaceHandler>>& list,
+                       Workspace::ApplicationHandler handler) {
+    list.erase(std::remove_if(list.begin(), list.end(), [](const auto& h) { return !h->active; }),
+               list.end());
+    auto entry = std::make_shared<WorkspaceHandler>();
+    entry->handler = std::move(handler);
+    list.push_back(entry);
+    // The subscription only flips the flag, so it may safely outlive the desktop.
+    return Subscription([entry] {
+        entry->active = false;
+        entry->handler = nullptr;
+    });
+}
+
+}  // namespace
+
+Subscription SimDesktop::observeLaunches(ApplicationHandler handler) {
+    return subscribe(state_->launchHandlers, std::move(handler));
+}
+
+Subscription SimDesktop::observeTerminations(ApplicationHandler handler) {
+    return subscribe(state_->terminationHandlers, std::move(handler));
+}
+
+void SimDesktop::postLaunchNotificationWithoutApplication() {
+    for (const auto& h : state_->launchHandlers) {
+        if (!h->active) continue;
+        std::weak_ptr<WorkspaceHandler> weak = h;
+        state_->schedule(0, [weak] {
+            auto handler = weak.lock();
+            if (handler && handler->active && handler->handler) handler->handler(nullptr);
+        });
+    }
+}
+
+void SimDesktop::postTerminationNotificationWithoutApplication() {
+    for (const auto& h : state_->terminationHandlers) {
+        if (!h->active) continue;
+        std::weak_ptr<WorkspaceHandler> weak = h;
+        state_->schedule(0, [weak] {
+            auto handler = weak.lock();
+            if (handler && handler->active && handler->handler) handler->handler(nullptr);
+        });
+    }
+}
+
+void SimDesktop::installApplication(const std::string& path, std::optional<std::string> bundleID,
+                                    const std::string& displayName) {
+    state_->installed.push_back(InstalledApplication{path, std::move(bundleID), displayName});
+}
+
+std::optional<std::string> SimDesktop::pathForApplication(const std::string& bundleID) {
+    for (const auto& app : state_->installed)
+        if (app.bundleID && *app.bundleID == bundleID) return app.path;
+    return std::nullopt;
+}
+
+std::string SimDesktop::displayName(const std::string& path) {
+    for (const auto& app : state_->installed)
+        if (app.path == path) return app.displayName;
+    // The file manager's fallback: the last component of the path.
+    std::string p = path;
+    while (p.size() > 1 && p.back() == '/') p.pop_back();
+    auto slash = p.find_last_of('/');
+    return slash == std::string::npos ? p : p.substr(slash + 1);
+}
+
+std::optional<std::string> SimDesktop::bundleIdentifierAtPath(const std::string& path) {
+    for (const auto& app : state_->installed)
+        if (app.path == path) return app.bundleID;
+    return std::nullopt;
+}
+
+bool SimDesktop::openURL(const std::string& url) {
+    if (url.empty()) return false;
+    state_->openedURLs.push_back(url);
+    return true;
+}
+
+void SimDesktop::selectFile(const std::string& path) {
+    state_->revealedFiles.push_back(path);
+}
+
+const std::vector<std::string>& SimDesktop::openedURLs() const {
+    return state_->openedURLs;
+}
+
+const std::vector<std::string>& SimDesktop::revealedFiles() const {
+    return state_->revealedFiles;
+}
+
+}  // namespace quelto::sim

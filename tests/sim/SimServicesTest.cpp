@@ -1,0 +1,86 @@
+// The simulated desktop's smaller services.
+
+#include <gtest/gtest.h>
+
+#include "sim/SimDesktop.h"
+
+namespace quelto::sim {
+namespace {
+
+TEST(SimServices, TrustAndItsPrompt) {
+    SimDesktop desktop;
+    EXPECT_TRUE(desktop.isProcessTrusted());
+    EXPECT_TRUE(desktop.isProcessTrustedWithPrompt());
+    EXPECT_EQ(desktop.trustPromptCount(), 0);
+    desktop.setTrusted(false);
+    EXPECT_FALSE(desktop.isProcessTrustedWithPrompt());
+    EXPECT_FALSE(desktop.isProcessTrusted());
+    EXPECT_EQ(desktop.trustPromptCount(), 1);
+}
+
+TEST(SimServices, LoginItem) {
+    SimDesktop desktop;
+    EXPECT_EQ(desktop.status(), LoginItem::Status::notRegistered);
+    EXPECT_EQ(desktop.registerItem(), std::nullopt);
+    EXPECT_EQ(desktop.status(), LoginItem::Status::enabled);
+    desktop.setLoginItemError("Operation not permitted");
+    EXPECT_EQ(desktop.unregisterItem(), "Operation not permitted");
+    EXPECT_EQ(desktop.status(), LoginItem::Status::enabled);
+    EXPECT_EQ(desktop.unregisterItem(), std::nullopt);
+    EXPECT_EQ(desktop.status(), LoginItem::Status::notRegistered);
+    desktop.setLoginItemStatus(LoginItem::Status::requiresApproval);
+    EXPECT_EQ(desktop.status(), LoginItem::Status::requiresApproval);
+}
+
+TEST(SimServices, BundleAndMachine) {
+    SimDesktop desktop;
+    EXPECT_TRUE(desktop.bundleInfoString("CFBundleShortVersionString").has_value());
+    desktop.setBundleInfo("CFBundleVersion", "77");
+    EXPECT_EQ(desktop.bundleInfoString("CFBundleVersion"), "77");
+    desktop.setBundleInfo("CFBundleVersion", std::nullopt);
+    EXPECT_EQ(desktop.bundleInfoString("CFBundleVersion"), std::nullopt);
+    desktop.setMachine("x86_64", SystemInfo::OSVersion{13, 6, 1});
+    EXPECT_EQ(desktop.machineName(), "x86_64");
+    EXPECT_EQ(desktop.operatingSystemVersion().minor, 6);
+}
+
+TEST(SimServices, AlertsAnswerFromTheQueueThenTheDefault) {
+    SimDesktop desktop;
+    desktop.queueAlertAnswer(Alerts::secondButtonReturn);
+    AlertSpec spec{"Title", "Info", {"OK", "Cancel"}};
+    EXPECT_EQ(desktop.runModal(spec), Alerts::secondButtonReturn);
+    EXPECT_EQ(desktop.runModal(spec), Alerts::firstButtonReturn);
+    ASSERT_EQ(desktop.shownAlerts().size(), 2u);
+    EXPECT_EQ(desktop.shownAlerts()[0], spec);
+}
+
+TEST(SimServices, Pasteboard) {
+    SimDesktop desktop;
+    desktop.setString("hello");
+    EXPECT_EQ(desktop.pasteboardText(), "hello");
+}
+
+TEST(SimServices, HttpRepliesArriveOnTheMainQueue) {
+    SimDesktop desktop;
+    HttpResult canned;
+    canned.statusCode = 200;
+    canned.body = "{}";
+    desktop.setHttpReply("https://quelto.app/api/latest", canned);
+    std::vector<HttpResult> results;
+    HttpRequest latest;
+    latest.url = "https://quelto.app/api/latest";
+    HttpRequest elsewhere;
+    elsewhere.url = "https://elsewhere";
+    desktop.send(latest, [&](HttpResult r) { results.push_back(r); });
+    desktop.send(elsewhere, [&](HttpResult r) { results.push_back(r); });
+    EXPECT_TRUE(results.empty());
+    desktop.runDue();
+    ASSERT_EQ(results.size(), 2u);
+    EXPECT_EQ(results[0].statusCode, 200);
+    EXPECT_EQ(results[0].body, "{}");
+    EXPECT_TRUE(results[1].transportError.has_value());
+    EXPECT_EQ(desktop.httpRequests().size(), 2u);
+}
+
+}  // namespace
+}  // namespace quelto::sim
