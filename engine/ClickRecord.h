@@ -7,10 +7,10 @@
 namespace quelto {
 
 struct ClickRecord {
-    Date at;                    // when the click happened
+    Date at{};                  // when the click happened
     Pid pid = 0;                // the application that owns the window
     ModifierFlags modifiers{};  // the modifier keys held during the click, as delivered
-    Date expiry;                // the record counts until this moment
+    Date expiry{};              // the record counts until this moment
     bool sustained = false;     // the close was seen waiting on a dialog
 
     // How long a plain click counts, and how long each renewal lasts while a dialog blocks.

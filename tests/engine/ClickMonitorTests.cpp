@@ -1,0 +1,189 @@
+// The click monitor: one callback per left mouse-down, nothing else, and nothing at all once
+// its object is gone.
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "engine/ClickMonitor.h"
+#include "platform/Platform.h"
+#include "sim/SimDesktop.h"
+
+namespace quelto {
+namespace {
+
+// A platform mouse monitor that records every call made to it.
+class RecordingMouse final : public MouseMonitor {
+  public:
+    MonitorToken addGlobalLeftMouseDownMonitor(Handler handler) override {
+        ++installs;
+        MonitorToken token = next++;
+        handlers[token] = std::move(handler);
+        return token;
+    }
+    void removeMonitor(MonitorToken token) override {
+        removed.push_back(token);
+        handlers.erase(token);
+    }
+    void deliver(Point at, ModifierFlags modifiers) {
+        auto copy = handlers;
+        for (auto& [token, handler] : copy) handler(at, modifiers);
+    }
+
+    int installs = 0;
+    std::vector<MonitorToken> removed;
+    std::map<MonitorToken, Handler> handlers;
+    MonitorToken next = 41;
+};
+
+struct Received {
+    Point at;
+    ModifierFlags modifiers;
+};
+
+class ClickMonitorTest : public ::testing::Test {
+  protected:
+    void SetUp() override { installPlatform(Platform{.mouse = &mouse}); }
+    void TearDown() override { installPlatform(Platform{}); }
+
+    RecordingMouse mouse;
+};
+
+TEST_F(ClickMonitorTest, StartsEmptyAndStoresTheTokenOnStart) {
+    auto monitor = std::make_shared<ClickMonitor>();
+    EXPECT_FALSE(monitor->monitor.has_value());
+    EXPECT_FALSE(static_cast<bool>(monitor->onClick));
+    monitor->start();
+    EXPECT_EQ(mouse.installs, 1);
+    EXPECT_EQ(monitor->monitor, std::optional<MonitorToken>(41));
+}
+
+TEST_F(ClickMonitorTest, ForwardsPointAndTheWholeModifierWordUnchanged) {
+    auto monitor = std::make_shared<ClickMonitor>();
+    std::vector<Received> got;
+    monitor->onClick = [&](Point at, ModifierFlags m) { got.push_back({at, m}); };
+    monitor->start();
+    // Device-dependent bits travel with the named ones.
+    mouse.deliver({12.5, 40}, 0x1a0108);
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_EQ(got[0].at, (Point{12.5, 40}));
+    EXPECT_EQ(got[0].modifiers, 0x1a0108u);
+}
+
+TEST_F(ClickMonitorTest, AClickWhileOnClickIsEmptyDoesNothing) {
+    auto monitor = std::make_shared<ClickMonitor>();
+    monitor->start();
+    mouse.deliver({10, 10}, 0);  // no callback set: nothing happens, nothing fails
+    EXPECT_TRUE(monitor->monitor.has_value());
+    EXPECT_TRUE(mouse.removed.empty());
+}
+
+TEST_F(ClickMonitorTest, AClickAfterTheMonitorWasReleasedDoesNothing) {
+    auto calls = std::make_shared<int>(0);
+    auto monitor = std::make_shared<ClickMonitor>();
+    monitor->onClick = [calls](Point, ModifierFlags) { ++*calls; };
+    monitor->start();
+    mouse.deliver({1, 1}, 0);
+    EXPECT_EQ(*calls, 1);
+
+    std::weak_ptr<ClickMonitor> gone = monitor;
+    monitor.reset();
+    ASSERT_TRUE(gone.expired());
+    ASSERT_EQ(mouse.handlers.size(), 1u);  // the platform still holds the handler
+    mouse.deliver({1, 1}, 0);
+    EXPECT_EQ(*calls, 1);
+}
+
+TEST_F(ClickMonitorTest, StopBeforeStartMakesNoPlatformCall) {
+    auto monitor = std::make_shared<ClickMonitor>();
+    monitor->stop();
+    EXPECT_FALSE(monitor->monitor.has_value());
+    EXPECT_EQ(mouse.installs, 0);
+    EXPECT_TRUE(mouse.removed.empty());
+}
+
+TEST_F(ClickMonitorTest, StopRemovesTheInstalledMonitorAndEmptiesTheToken) {
+    auto monitor = std::make_shared<ClickMonitor>();
+    int calls = 0;
+    monitor->onClick = [&](Point, ModifierFlags) { ++calls; };
+    monitor->start();
+    monitor->stop();
+    EXPECT_EQ(mouse.removed, (std::vector<MonitorToken>{41}));
+    EXPECT_FALSE(monitor->monitor.has_value());
+    mouse.deliver({1, 1}, 0);
+    EXPECT_EQ(calls, 0);
+    monitor->stop();  // a second stop has nothing to remove
+    EXPECT_EQ(mouse.removed.size(), 1u);
+}
+
+TEST_F(ClickMonitorTest, StartingTwiceKeepsOnlyTheSecondToken) {
+    auto monitor = std::make_shared<ClickMonitor>();
+    monitor->start();
+    monitor->start();
+    EXPECT_EQ(mouse.installs, 2);
+    EXPECT_EQ(monitor->monitor, std::optional<MonitorToken>(42));
+    monitor->stop();
+    // The first monitor is never removed.
+    EXPECT_EQ(mouse.removed, (std::vector<MonitorToken>{42}));
+}
+
+// On the simulated desktop: the platform's real stream of events.
+class ClickMonitorOnDesktopTest : public ::testing::Test {
+  protected:
+    void SetUp() override { desktop.install(); }
+    void TearDown() override { installPlatform(Platform{}); }
+
+    sim::SimDesktop desktop;
+};
+
+TEST_F(ClickMonitorOnDesktopTest, TheTopLeftCornerOfTheMainDisplayIsTheOrigin) {
+    auto monitor = std::make_shared<ClickMonitor>();
+    std::vector<Received> got;
+    monitor->onClick = [&](Point at, ModifierFlags m) { got.push_back({at, m}); };
+    monitor->start();
+    desktop.click({0, 0});
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_EQ(got[0].at, (Point{0, 0}));
+    EXPECT_EQ(got[0].modifiers, 0u);
+}
+
+TEST_F(ClickMonitorOnDesktopTest, ADisplayAboveTheMainOneGivesNegativeY) {
+    auto monitor = std::make_shared<ClickMonitor>();
+    std::vector<Received> got;
+    monitor->onClick = [&](Point at, ModifierFlags m) { got.push_back({at, m}); };
+    monitor->start();
+    desktop.click({640, -300}, modifier::command);
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_EQ(got[0].at, (Point{640, -300}));
+    EXPECT_EQ(got[0].modifiers, modifier::command);
+}
+
+TEST_F(ClickMonitorOnDesktopTest, RightClicksMouseUpsAndKeysNeverReachOnClick) {
+    auto monitor = std::make_shared<ClickMonitor>();
+    int calls = 0;
+    monitor->onClick = [&](Point, ModifierFlags) { ++calls; };
+    monitor->start();
+    desktop.rightClick({50, 50});
+    desktop.mouseUp({50, 50});
+    desktop.keyDown("w", modifier::command);
+    desktop.runDue();
+    EXPECT_EQ(calls, 0);
+    desktop.click({50, 50});
+    EXPECT_EQ(calls, 1);
+}
+
+TEST_F(ClickMonitorOnDesktopTest, StopEndsTheStream) {
+    auto monitor = std::make_shared<ClickMonitor>();
+    int calls = 0;
+    monitor->onClick = [&](Point, ModifierFlags) { ++calls; };
+    monitor->start();
+    monitor->stop();
+    desktop.click({50, 50});
+    EXPECT_EQ(calls, 0);
+    EXPECT_FALSE(monitor->monitor.has_value());
+}
+
+}  // namespace
+}  // namespace quelto

@@ -1,0 +1,162 @@
+#pragma once
+// The engine on the simulated desktop, in virtual time: a fresh desktop per test, the
+// configuration file written with the exact text a test needs, the log captured line by line
+// and the journal emptied.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "engine/Engine.h"
+#include "platform/Platform.h"
+#include "settings/Activity.h"
+#include "settings/Config.h"
+#include "settings/Log.h"
+#include "sim/SimDesktop.h"
+
+namespace quelto::enginetest {
+
+using Lines = std::vector<std::string>;
+
+// Every line the log writes, newline removed. The log is one per process, so is this.
+class LogCapture {
+  public:
+    static LogCapture& shared() {
+        static LogCapture* capture = new LogCapture();
+        return *capture;
+    }
+
+    void attach() {
+        Log::shared().setMirror([this](const std::string& line) {
+            std::lock_guard lock(mutex_);
+            std::string text = line;
+            if (!text.empty() && text.back() == '\n') text.pop_back();
+            lines_.push_back(std::move(text));
+        });
+    }
+
+    // The lines written since the last call.
+    Lines take() {
+        Log::shared().drain();
+        std::lock_guard lock(mutex_);
+        Lines out;
+        out.swap(lines_);
+        return out;
+    }
+
+  private:
+    std::mutex mutex_;
+    Lines lines_;
+};
+
+// The configuration most tests start from: quitting on, every app armed, last-window mode.
+inline const char* const liveAllLastWindow = "live = true\nmode = last-window\narm = *\n";
+
+inline void writeConfig(const std::string& text) {
+    std::filesystem::create_directories(Config::directory());
+    std::ofstream out(Config::path(), std::ios::binary | std::ios::trunc);
+    out << text;
+}
+
+inline void removeConfig() {
+    std::error_code ec;
+    std::filesystem::remove(Config::path(), ec);
+}
+
+inline sim::AppSpec appSpec(Pid pid, std::optional<std::string> bundleID,
+                            std::optional<std::string> name) {
+    sim::AppSpec spec;
+    spec.pid = pid;
+    spec.bundleID = std::move(bundleID);
+    spec.name = std::move(name);
+    return spec;
+}
+
+class EngineTest : public ::testing::Test {
+  protected:
+    static constexpr Pid ownPid = 500;
+
+    EngineTest() : sim_(std::make_unique<sim::SimDesktop>()), desktop(*sim_) {}
+
+    void SetUp() override {
+        desktop.install();
+        desktop.setOwnPid(ownPid);
+        Activity::shared().reset();
+        LogCapture::shared().attach();
+        LogCapture::shared().take();
+        writeConfig(liveAllLastWindow);
+    }
+
+    void TearDown() override {
+        // Quit checks hold the engine until they have run; let them finish first.
+        engine.reset();
+        desktop.advance(60);
+        LogCapture::shared().take();
+        Activity::shared().reset();
+        sim_.reset();
+        installPlatform(Platform{});
+    }
+
+    // Creates and starts the engine; the start-up report is dropped unless `keepLog`.
+    void startEngine(bool keepLog = false) {
+        engine = Engine::create();
+        engine->start();
+        desktop.runDue();
+        if (!keepLog) LogCapture::shared().take();
+    }
+
+    Lines takeLog() { return LogCapture::shared().take(); }
+
+    // Windows are laid out side by side so that no window covers another's close button.
+    sim::ElementId addWindow(Pid pid, const std::string& title, bool notify = true) {
+        sim::WindowSpec spec;
+        spec.title = title;
+        return addWindow(pid, spec, notify);
+    }
+
+    sim::ElementId addWindow(Pid pid, sim::WindowSpec spec, bool notify = true) {
+        spec.frame.origin = {100.0 + 1000.0 * (placed_ % 8), 100.0 + 800.0 * (placed_ / 8)};
+        ++placed_;
+        auto id = desktop.addWindow(pid, spec, notify);
+        desktop.runDue();
+        return id;
+    }
+
+    Point closeButtonCentre(sim::ElementId window) const {
+        auto frame = desktop.closeButtonFrame(window);
+        EXPECT_TRUE(frame.has_value());
+        Rect r = frame.value_or(Rect{});
+        return {r.origin.x + r.size.width / 2, r.origin.y + r.size.height / 2};
+    }
+
+    void clickClose(sim::ElementId window, ModifierFlags modifiers = 0) {
+        desktop.click(closeButtonCentre(window), modifiers);
+    }
+
+    // The watcher of a tracked application (nullptr when there is none).
+    std::shared_ptr<AppWatcher> watcherOf(Pid pid) const {
+        auto it = engine->watchers.find(pid);
+        return it == engine->watchers.end() ? nullptr : it->second;
+    }
+
+    WindowRef refOf(sim::ElementId window) const { return WindowRef{desktop.element(window)}; }
+
+    const std::vector<Activity::Entry>& journal() const { return Activity::shared().entries(); }
+
+    std::unique_ptr<sim::SimDesktop> sim_;
+    sim::SimDesktop& desktop;
+    std::shared_ptr<Engine> engine;
+
+  private:
+    int placed_ = 0;
+};
+
+// The application most tests use.
+inline constexpr Pid textEdit = 101;
+
+}  // namespace quelto::enginetest

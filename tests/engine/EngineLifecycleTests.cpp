@@ -1,0 +1,368 @@
+// Start-up with its report, and following applications as they launch and terminate.
+
+#include "tests/engine/EngineFixture.h"
+
+namespace quelto::enginetest {
+namespace {
+
+using EngineLifecycleTest = EngineTest;
+
+const std::string configLine() {
+    return "              config: " + Config::path();
+}
+
+TEST_F(EngineLifecycleTest, ConstructionIsInert) {
+    engine = Engine::create();
+    EXPECT_TRUE(engine->watchers.empty());
+    EXPECT_TRUE(engine->lastTerminateAttempt.empty());
+    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_TRUE(engine->pending.empty());
+    ASSERT_TRUE(engine->clickMonitor);
+    EXPECT_FALSE(engine->clickMonitor->monitor.has_value());
+    EXPECT_EQ(engine->ownPID, ownPid);
+    EXPECT_TRUE(takeLog().empty());
+}
+
+TEST_F(EngineLifecycleTest, StartUpReportListsEveryCandidateWithItsMarkAndWindows) {
+    desktop.addApp(appSpec(101, "com.apple.TextEdit", "TextEdit"));
+    addWindow(101, "Notes");
+    addWindow(101, "Draft");
+    desktop.addApp(appSpec(102, std::nullopt, "Scratch"));
+    auto agent = appSpec(103, "com.example.Agent", "Agent");
+    agent.policy = ActivationPolicy::accessory;
+    desktop.addApp(agent);
+    auto daemon = appSpec(104, "com.example.Daemon", "Daemon");
+    daemon.policy = ActivationPolicy::prohibited;
+    desktop.addApp(daemon);
+    desktop.addApp(appSpec(ownPid, "app.quelto.Quelto", "Quelto"));
+    desktop.addApp(appSpec(105, "com.example.Nameless", std::nullopt));
+    addWindow(105, "Only");
+    auto broken = appSpec(106, "com.example.Broken", "Broken");
+    broken.observerError = axerror::cannotComplete;
+    desktop.addApp(broken);
+
+    startEngine(true);
+
+    EXPECT_EQ(takeLog(), (Lines{
+                             "00:00:00.000  LIVE — mode last-window — all apps",
+                             configLine(),
+                             "",
+                             "00:00:00.000  attaching to 4 foreground apps",
+                             "                ✓ TextEdit  (com.apple.TextEdit)  2 windows",
+                             "                ✓ Scratch  (no bundle id)  0 windows",
+                             "                ✓ ?  (com.example.Nameless)  1 windows",
+                             "                ✗ Broken  (com.example.Broken)  —",
+                             "              armed — closing the last window of an armed app "
+                             "WILL quit it",
+                             "",
+                         }));
+    EXPECT_EQ(engine->watchers.size(), 3u);
+    EXPECT_TRUE(watcherOf(101));
+    EXPECT_TRUE(watcherOf(102));
+    EXPECT_TRUE(watcherOf(105));
+    EXPECT_FALSE(watcherOf(103));
+    EXPECT_FALSE(watcherOf(104));
+    EXPECT_FALSE(watcherOf(106));
+    EXPECT_FALSE(watcherOf(ownPid));
+    EXPECT_TRUE(engine->clickMonitor->monitor.has_value());
+}
+
+TEST_F(EngineLifecycleTest, StartUpWithNoCandidatesLogsZeroAndThenOnlyTheHint) {
+    auto agent = appSpec(103, "com.example.Agent", "Agent");
+    agent.policy = ActivationPolicy::accessory;
+    desktop.addApp(agent);
+    desktop.addApp(appSpec(ownPid, "app.quelto.Quelto", "Quelto"));
+
+    startEngine(true);
+
+    EXPECT_EQ(takeLog(),
+              (Lines{
+                  "00:00:00.000  LIVE — mode last-window — all apps",
+                  configLine(),
+                  "",
+                  "00:00:00.000  attaching to 0 foreground apps",
+                  "              armed — closing the last window of an armed app WILL quit it",
+                  "",
+              }));
+    EXPECT_TRUE(engine->watchers.empty());
+}
+
+TEST_F(EngineLifecycleTest, HintSaysNothingWillBeQuitWhileTheSwitchIsOff) {
+    writeConfig("live = false\narm = *\n");
+    startEngine(true);
+    EXPECT_EQ(takeLog(), (Lines{
+                             "00:00:00.000  DRY RUN — nothing will be quit",
+                             configLine(),
+                             "",
+                             "00:00:00.000  attaching to 0 foreground apps",
+                             "              close some windows — nothing will be quit",
+                             "",
+                         }));
+}
+
+TEST_F(EngineLifecycleTest, HintSaysNothingWillBeQuitWhenNothingIsArmed) {
+    writeConfig("live = true\n");
+    startEngine(true);
+    EXPECT_EQ(takeLog(), (Lines{
+                             "00:00:00.000  LIVE but nothing armed — nothing will be quit",
+                             configLine(),
+                             "",
+                             "00:00:00.000  attaching to 0 foreground apps",
+                             "              close some windows — nothing will be quit",
+                             "",
+                         }));
+}
+
+TEST_F(EngineLifecycleTest, HintSaysArmedWhenSingleAppsAreArmed) {
+    writeConfig("live = true\nmode = red-dot\narm = com.apple.Maps\n");
+    startEngine(true);
+    Lines log = takeLog();
+    ASSERT_EQ(log.size(), 6u);
+    EXPECT_EQ(log[0], "00:00:00.000  LIVE — mode red-dot — armed: com.apple.Maps");
+    EXPECT_EQ(log[4], "              armed — closing the last window of an armed app WILL quit it");
+}
+
+TEST_F(EngineLifecycleTest, StartWritesTheTemplateWhenTheFileIsMissing) {
+    removeConfig();
+    startEngine(true);
+    ASSERT_TRUE(std::filesystem::exists(Config::path()));
+    Lines log = takeLog();
+    ASSERT_FALSE(log.empty());
+    EXPECT_EQ(log[0], "00:00:00.000  LIVE — mode last-window — all apps");
+}
+
+TEST_F(EngineLifecycleTest, OwnProcessNeverGetsAWatcherAtStartUp) {
+    desktop.addApp(appSpec(ownPid, "app.quelto.Quelto", "Quelto"));
+    addWindow(ownPid, "Settings");
+    startEngine();
+    EXPECT_FALSE(watcherOf(ownPid));
+    EXPECT_TRUE(engine->watchers.empty());
+}
+
+TEST_F(EngineLifecycleTest, OwnProcessNeverGetsAWatcherOnALaunchNotification) {
+    startEngine();
+    desktop.launchApp(appSpec(ownPid, "app.quelto.Quelto", "Quelto"));
+    desktop.runDue();
+    engine->appLaunched(desktop.runningApplication(ownPid));
+    desktop.advance(1.0);
+    EXPECT_FALSE(watcherOf(ownPid));
+    EXPECT_TRUE(takeLog().empty());
+}
+
+TEST_F(EngineLifecycleTest, ALaunchedApplicationIsWatchedHalfASecondLater) {
+    startEngine();
+    desktop.advance(1.0);
+    auto maps = appSpec(201, "com.apple.Maps", "Maps");
+    desktop.launchApp(maps);
+    desktop.runDue();
+    desktop.advance(0.499);
+    EXPECT_FALSE(watcherOf(201));
+    EXPECT_TRUE(takeLog().empty());
+    desktop.advance(0.001);
+    EXPECT_TRUE(watcherOf(201));
+    EXPECT_EQ(takeLog(), (Lines{"00:00:01.500  now watching Maps"}));
+}
+
+TEST_F(EngineLifecycleTest, ALaunchedApplicationWithoutANameIsNamedByItsPid) {
+    startEngine();
+    desktop.launchApp(appSpec(202, "com.example.Quiet", std::nullopt));
+    desktop.advance(0.5);
+    EXPECT_TRUE(watcherOf(202));
+    EXPECT_EQ(takeLog(), (Lines{"00:00:00.500  now watching pid 202"}));
+}
+
+TEST_F(EngineLifecycleTest, LaunchesOfAccessoryOrBackgroundApplicationsAreIgnored) {
+    startEngine();
+    auto agent = appSpec(203, "com.example.Agent", "Agent");
+    agent.policy = ActivationPolicy::accessory;
+    desktop.launchApp(agent);
+    auto daemon = appSpec(204, "com.example.Daemon", "Daemon");
+    daemon.policy = ActivationPolicy::prohibited;
+    desktop.launchApp(daemon);
+    desktop.advance(1.0);
+    EXPECT_TRUE(engine->watchers.empty());
+    EXPECT_TRUE(takeLog().empty());
+}
+
+TEST_F(EngineLifecycleTest, ALaunchWhoseWatcherIsRefusedLogsNothing) {
+    startEngine();
+    auto broken = appSpec(205, "com.example.Broken", "Broken");
+    broken.observerError = axerror::cannotComplete;
+    desktop.launchApp(broken);
+    desktop.advance(1.0);
+    EXPECT_FALSE(watcherOf(205));
+    EXPECT_TRUE(takeLog().empty());
+}
+
+TEST_F(EngineLifecycleTest, ALaunchForATrackedPidKeepsTheWatcherAndStillLogs) {
+    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+    startEngine();
+    auto before = watcherOf(textEdit);
+    ASSERT_TRUE(before);
+    engine->appLaunched(desktop.runningApplication(textEdit));
+    desktop.advance(0.5);
+    EXPECT_EQ(watcherOf(textEdit), before);
+    EXPECT_EQ(takeLog(), (Lines{"00:00:00.500  now watching TextEdit"}));
+}
+
+TEST_F(EngineLifecycleTest, NotificationsWithoutAnApplicationAreIgnored) {
+    startEngine();
+    engine->appLaunched(nullptr);
+    engine->appTerminated(nullptr);
+    desktop.advance(1.0);
+    EXPECT_TRUE(engine->watchers.empty());
+    EXPECT_TRUE(takeLog().empty());
+}
+
+TEST_F(EngineLifecycleTest, LaunchAndTerminationWithinHalfASecond) {
+    startEngine();
+    desktop.advance(1.0);
+    desktop.launchApp(appSpec(206, "com.apple.Maps", "Maps"));
+    desktop.runDue();
+    desktop.advance(0.2);
+    desktop.terminateApp(206);
+    desktop.runDue();
+    // The termination comes first: nothing to forget, nothing logged.
+    EXPECT_TRUE(takeLog().empty());
+    EXPECT_TRUE(engine->watchers.empty());
+    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_TRUE(engine->pending.empty());
+    EXPECT_TRUE(engine->lastTerminateAttempt.empty());
+    // The delayed step still runs afterwards.
+    desktop.advance(0.3);
+    EXPECT_EQ(takeLog(), (Lines{"00:00:01.500  now watching Maps"}));
+}
+
+TEST_F(EngineLifecycleTest, ATerminatedApplicationIsForgottenAtOnce) {
+    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+    addWindow(textEdit, "Notes");
+    startEngine();
+    ASSERT_TRUE(watcherOf(textEdit));
+    engine->lastTerminateAttempt[textEdit] = desktop.now();
+    desktop.terminateApp(textEdit);
+    desktop.runDue();
+    EXPECT_FALSE(watcherOf(textEdit));
+    EXPECT_TRUE(engine->lastTerminateAttempt.empty());
+    EXPECT_TRUE(engine->pending.empty());
+    EXPECT_TRUE(takeLog().empty());
+}
+
+TEST_F(EngineLifecycleTest, TerminationOfAnUntrackedApplicationWithNoClicksChangesNothing) {
+    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+    sim::WindowSpec slow;
+    slow.title = "Slow";
+    slow.closeDelay = 30;
+    auto window = addWindow(textEdit, slow);
+    auto agent = appSpec(103, "com.example.Agent", "Agent");
+    agent.policy = ActivationPolicy::accessory;
+    desktop.addApp(agent);
+    startEngine();
+    desktop.advance(10);
+    clickClose(window);  // a click held for another application
+    takeLog();
+    engine->lastTerminateAttempt[textEdit] = desktop.now();
+    auto clicks = engine->recentClicks;
+    auto watchers = engine->watchers;
+    auto attempts = engine->lastTerminateAttempt;
+    ASSERT_EQ(clicks.size(), 1u);
+
+    desktop.terminateApp(103);
+    desktop.runDue();
+
+    EXPECT_TRUE(takeLog().empty());
+    EXPECT_EQ(engine->recentClicks, clicks);
+    EXPECT_EQ(engine->watchers, watchers);
+    EXPECT_EQ(engine->lastTerminateAttempt, attempts);
+    EXPECT_TRUE(engine->pending.empty());
+}
+
+TEST_F(EngineLifecycleTest, AnApplicationQuittingWithAPendingDecisionDropsTheReport) {
+    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+    auto notes = addWindow(textEdit, "Notes");
+    addWindow(textEdit, "Draft");
+    startEngine();
+    desktop.advance(10);
+    desktop.closeWindowWithoutClick(notes);
+    desktop.runDue();
+    ASSERT_EQ(engine->pending.count(textEdit), 1u);
+    desktop.advance(0.1);
+
+    engine->appTerminated(desktop.runningApplication(textEdit));
+    EXPECT_EQ(takeLog(), (Lines{
+                             "00:00:10.100  TextEdit quit on its own while a close was in flight "
+                             "— nothing to do",
+                             "",
+                         }));
+    EXPECT_TRUE(engine->pending.empty());
+    EXPECT_FALSE(watcherOf(textEdit));
+
+    desktop.advance(1.0);  // the gathering timer finds nothing
+    EXPECT_TRUE(takeLog().empty());
+    EXPECT_TRUE(journal().empty());
+    EXPECT_TRUE(desktop.quitRequests().empty());
+}
+
+TEST_F(EngineLifecycleTest, AnApplicationQuittingWithAnUnexpiredClickSaysTheRedDotWasClicked) {
+    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+    sim::WindowSpec asks;
+    asks.title = "Letter";
+    asks.asksToSave = true;
+    auto letter = addWindow(textEdit, asks);
+    startEngine();
+    desktop.advance(10);
+    clickClose(letter);
+    takeLog();
+    desktop.advance(0.1);
+
+    engine->appTerminated(desktop.runningApplication(textEdit));
+    EXPECT_EQ(takeLog(), (Lines{
+                             "00:00:10.100  TextEdit quit on its own while a close was in flight "
+                             "— nothing to do",
+                             "              (its red dot was clicked; the app terminates itself "
+                             "when its last window closes)",
+                             "",
+                         }));
+    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_FALSE(watcherOf(textEdit));
+}
+
+TEST_F(EngineLifecycleTest, AnExpiredClickDoesNotCountAsInFlight) {
+    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+    sim::WindowSpec slow;
+    slow.title = "Slow";
+    slow.closeDelay = 30;
+    auto window = addWindow(textEdit, slow);
+    startEngine();
+    desktop.advance(10);
+    clickClose(window);
+    takeLog();
+    desktop.advance(2.0);  // the record has expired but lingers until something prunes it
+    ASSERT_EQ(engine->recentClicks.size(), 1u);
+
+    engine->appTerminated(desktop.runningApplication(textEdit));
+    EXPECT_TRUE(takeLog().empty());
+    EXPECT_TRUE(engine->recentClicks.empty());
+}
+
+TEST_F(EngineLifecycleTest, TerminationRemovesOnlyThatApplicationsClicks) {
+    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+    desktop.addApp(appSpec(102, "com.example.Other", "Other"));
+    sim::WindowSpec slow;
+    slow.closeDelay = 30;
+    slow.title = "A";
+    auto a = addWindow(textEdit, slow);
+    slow.title = "B";
+    auto b = addWindow(102, slow);
+    startEngine();
+    desktop.advance(10);
+    clickClose(a);
+    clickClose(b);
+    ASSERT_EQ(engine->recentClicks.size(), 2u);
+    engine->appTerminated(desktop.runningApplication(textEdit));
+    ASSERT_EQ(engine->recentClicks.size(), 1u);
+    EXPECT_EQ(engine->recentClicks.begin()->second.pid, 102);
+    EXPECT_TRUE(engine->recentClicks.count(refOf(b)));
+}
+
+}  // namespace
+}  // namespace quelto::enginetest
