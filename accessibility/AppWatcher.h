@@ -22,18 +22,18 @@ class AppWatcher;
 
 // The engine's entry for destroyed windows, as a watcher sees it.
 class DestroyedWindowSink {
-public:
+  public:
     virtual void windowDestroyed(const WindowRef& ref, const std::shared_ptr<AppWatcher>& watcher,
                                  bool hadCloseButton, std::optional<CloseButtonMiss> miss) = 0;
 
-protected:
+  protected:
     ~DestroyedWindowSink() = default;
 };
 
 class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     struct Token {};
 
-public:
+  public:
     // init(app:engine:): nullptr when the process id is below 1 or no observer can be made.
     // The engine is not owned and must outlive the watcher.
     static std::shared_ptr<AppWatcher> create(const RunningApplicationRef& app,
@@ -75,11 +75,13 @@ public:
     }
     bool isWatched(const WindowRef& window) const { return watchedWindows_.count(window) != 0; }
 
-private:
+  private:
     bool attach();
     void watch(const AXElement& window);
     void handle(const std::string& notification, const AXElement& element);
     bool refreshCloseButton(const AXElement& window, int attempt);
+    void storeFrame(const WindowRef& ref, Rect frame);
+    void forgetFrame(const WindowRef& ref);
 
     AXElement appElement_;
     std::unique_ptr<AXObserver> observer_;
@@ -89,6 +91,10 @@ private:
     std::unordered_set<WindowRef> confirmedStandard_;
     std::unordered_set<WindowRef> noted_;
     DestroyedWindowSink& engine_;
+    // The cached frames again, flat and contiguous, for the hit test on every click: the
+    // rectangles alone in one vector, their windows at the same index in the other.
+    std::vector<Rect> hitFrames_;
+    std::vector<WindowRef> hitWindows_;
 };
 
 }  // namespace quelto

@@ -167,11 +167,20 @@ class SimDesktop final : public Accessibility,
     // A close by keyboard shortcut, menu or program: the window goes without a click.
     void closeWindowWithoutClick(ElementId window);
 
+    // Posts any notification as the application would: one delivery per registration of
+    // `notification` on `registeredOn`, passing the element `subject`.
+    void postNotification(ElementId registeredOn, const std::string& notification,
+                          ElementId subject);
+
     // ---- Counters and records ----
     std::uint64_t accessibilityReadCount() const;  // AXUIElementCopyAttributeValue calls
     std::uint64_t readCount(const std::string& attribute) const;
     std::uint64_t readCount(ElementId id, const std::string& attribute) const;
     void resetCounters();
+    // Called for every read, before it is answered (the clock tells when).
+    void setReadHook(std::function<void(ElementId, const std::string&)> hook);
+    // AXObserverAddNotification calls, refused ones included.
+    std::uint64_t notificationRequestCount() const;
     const std::vector<QuitRequest>& quitRequests() const;
     int liveObserverCount() const;
     int observersWithSourceOnRunLoop() const;
@@ -181,6 +190,8 @@ class SimDesktop final : public Accessibility,
     std::size_t registrationCount(ElementId id, const std::string& notification) const;
     // The registrations of the observers of a process, in the order they were made.
     std::vector<std::pair<ElementId, std::string>> registrations(Pid pid) const;
+    // The refcons given with those registrations, in the same order.
+    std::vector<void*> registrationRefcons(Pid pid) const;
     std::size_t monitorCount() const;
     // Applications brought to the front through RunningApplication::activate, in order.
     const std::vector<Pid>& activatedApps() const;

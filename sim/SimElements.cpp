@@ -85,6 +85,7 @@ AXError SimDesktop::State::read(ElementId id, const std::string& attribute,
     ++readsByAttribute[attribute];
     ++readsByElement[{id, attribute}];
     value.reset();
+    if (readHook) readHook(id, attribute);
 
     const Element* e = find(id);
     if (!e) return id == 0 ? axerror::cannotComplete : axerror::invalidUIElement;
@@ -445,7 +446,9 @@ AXElement SimDesktop::applicationElement(Pid pid) const {
     return state_->handle(app->appElement);
 }
 
-AXElement SimDesktop::createApplication(Pid pid) { return applicationElement(pid); }
+AXElement SimDesktop::createApplication(Pid pid) {
+    return applicationElement(pid);
+}
 
 ElementId SimDesktop::closeButtonOf(ElementId window) const {
     const Element* w = state_->find(window);
@@ -513,6 +516,10 @@ std::uint64_t SimDesktop::readCount(const std::string& attribute) const {
 std::uint64_t SimDesktop::readCount(ElementId id, const std::string& attribute) const {
     auto it = state_->readsByElement.find({id, attribute});
     return it == state_->readsByElement.end() ? 0 : it->second;
+}
+
+void SimDesktop::setReadHook(std::function<void(ElementId, const std::string&)> hook) {
+    state_->readHook = std::move(hook);
 }
 
 void SimDesktop::resetCounters() {

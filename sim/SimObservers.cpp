@@ -24,6 +24,7 @@ AXError SimObserver::addNotification(const AXElement& element, const std::string
                                      void* refcon) {
     ObserverRecord* r = record();
     if (!r) return axerror::invalidUIElementObserver;
+    ++state_->notificationRequests;
     auto* sim = dynamic_cast<const SimElement*>(element.get());
     if (!sim) return axerror::illegalArgument;
     const Element* e = state_->find(sim->id());
@@ -85,6 +86,15 @@ std::unique_ptr<AXObserver> SimDesktop::createObserver(Pid pid, AXObserverCallba
     return observer;
 }
 
+void SimDesktop::postNotification(ElementId registeredOn, const std::string& notification,
+                                  ElementId subject) {
+    state_->post(registeredOn, notification, subject);
+}
+
+std::uint64_t SimDesktop::notificationRequestCount() const {
+    return state_->notificationRequests;
+}
+
 int SimDesktop::liveObserverCount() const {
     return static_cast<int>(state_->observers.size());
 }
@@ -107,6 +117,14 @@ std::vector<std::pair<ElementId, std::string>> SimDesktop::registrations(Pid pid
         if (rec.pid == pid)
             for (const Registration& reg : rec.registrations)
                 out.emplace_back(reg.element, reg.notification);
+    return out;
+}
+
+std::vector<void*> SimDesktop::registrationRefcons(Pid pid) const {
+    std::vector<void*> out;
+    for (const auto& [oid, rec] : state_->observers)
+        if (rec.pid == pid)
+            for (const Registration& reg : rec.registrations) out.push_back(reg.refcon);
     return out;
 }
 

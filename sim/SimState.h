@@ -134,6 +134,8 @@ struct SimDesktop::State {
     std::uint64_t totalReads = 0;
     std::map<std::string, std::uint64_t> readsByAttribute;
     std::map<std::pair<ElementId, std::string>, std::uint64_t> readsByElement;
+    std::function<void(ElementId, const std::string&)> readHook;
+    std::uint64_t notificationRequests = 0;
 
     Element* find(ElementId id);
     const Element* find(ElementId id) const;

@@ -1,0 +1,85 @@
+// Typed reads of one attribute: one platform round trip each (two for a frame), an absent
+// value on any failure. A value the platform fills in alongside an error is dropped.
+
+#include "accessibility/AXRead.h"
+
+namespace quelto {
+
+AXCopyResult axCopyChecked(const AXElement& element, const std::string& attribute) {
+    // A null element is what the platform calls an illegal argument; there is no round trip.
+    if (!element) return AXCopyResult{std::nullopt, axerror::illegalArgument};
+    std::optional<AXValue> value;
+    AXError error = element->copyAttributeValue(attribute, value);
+    if (!error.isSuccess()) return AXCopyResult{std::nullopt, error};
+    return AXCopyResult{std::move(value), error};
+}
+
+std::optional<AXValue> axCopy(const AXElement& element, const std::string& attribute) {
+    return axCopyChecked(element, attribute).value;
+}
+
+std::optional<std::string> axString(const AXElement& element, const std::string& attribute) {
+    auto value = axCopy(element, attribute);
+    if (!value) return std::nullopt;
+    if (auto* s = std::get_if<std::string>(&value->value)) return std::move(*s);
+    return std::nullopt;
+}
+
+std::optional<bool> axBool(const AXElement& element, const std::string& attribute) {
+    auto value = axCopy(element, attribute);
+    if (!value) return std::nullopt;
+    if (auto* b = value->get<bool>()) return *b;
+    // A number converts only when it is exactly 0 or 1.
+    if (auto* n = value->get<AXNumber>()) {
+        if (n->value == 0) return false;
+        if (n->value == 1) return true;
+    }
+    return std::nullopt;
+}
+
+AXElement axElement(const AXElement& element, const std::string& attribute) {
+    auto value = axCopy(element, attribute);
+    if (!value) return nullptr;
+    if (auto* e = value->get<AXElement>()) return *e;
+    return nullptr;
+}
+
+std::vector<AXElement> axElements(const AXElement& element, const std::string& attribute) {
+    auto value = axCopy(element, attribute);
+    if (!value) return {};
+    auto* array = value->get<AXArray>();
+    if (!array) return {};
+    std::vector<AXElement> out;
+    out.reserve(array->size());
+    for (const AXValue& item : *array) {
+        // The list is taken whole or not at all: one item that is no element spoils it.
+        auto* e = item.get<AXElement>();
+        if (!e || !*e) return {};
+        out.push_back(*e);
+    }
+    return out;
+}
+
+std::optional<Point> axPoint(const AXElement& element, const std::string& attribute) {
+    auto value = axCopy(element, attribute);
+    if (!value) return std::nullopt;
+    if (auto* p = value->get<Point>()) return *p;
+    return std::nullopt;
+}
+
+std::optional<Size> axSize(const AXElement& element, const std::string& attribute) {
+    auto value = axCopy(element, attribute);
+    if (!value) return std::nullopt;
+    if (auto* s = value->get<Size>()) return *s;
+    return std::nullopt;
+}
+
+std::optional<Rect> axFrame(const AXElement& element) {
+    auto origin = axPoint(element, "AXPosition");
+    if (!origin) return std::nullopt;
+    auto size = axSize(element, "AXSize");
+    if (!size) return std::nullopt;
+    return Rect{*origin, *size};
+}
+
+}  // namespace quelto

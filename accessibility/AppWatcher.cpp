@@ -1,0 +1,166 @@
+// The watcher of one application: its observer, the windows it follows, the notifications it
+// handles, and the reports of destroyed windows it sends to the engine.
+
+#include "accessibility/AppWatcher.h"
+
+#include <string>
+
+#include "accessibility/AXRead.h"
+#include "accessibility/WindowClassification.h"
+#include "platform/Platform.h"
+
+namespace quelto {
+
+namespace {
+
+std::string nameOf(const RunningApplicationRef& app) {
+    if (auto name = app->localizedName()) return *name;
+    return "pid " + std::to_string(app->processIdentifier());
+}
+
+Date currentTime() {
+    Clock* clock = platform().clock;
+    return clock ? clock->now() : systemClock().now();
+}
+
+}  // namespace
+
+std::shared_ptr<AppWatcher> AppWatcher::create(const RunningApplicationRef& app,
+                                               DestroyedWindowSink& engine) {
+    if (!app || app->processIdentifier() < 1) return nullptr;
+    if (!platform().accessibility) return nullptr;
+    auto watcher = std::make_shared<AppWatcher>(Token{}, app, engine);
+    // Attaching happens once the watcher is shared, so the close-button retries it starts
+    // can hold it weakly.
+    if (!watcher->attach()) return nullptr;
+    return watcher;
+}
+
+AppWatcher::AppWatcher(Token, const RunningApplicationRef& app, DestroyedWindowSink& engine)
+    : pid(app->processIdentifier()),
+      name(nameOf(app)),
+      bundleID(app->bundleIdentifier().value_or("<none>")),
+      attachedAt(currentTime()),
+      engine_(engine) {}
+
+AppWatcher::~AppWatcher() {
+    // The refcon is this object, unretained: the source leaves the run loop before the
+    // memory goes, so no callback can reach a released watcher.
+    if (observer_) observer_->removeRunLoopSourceFromMainRunLoop();
+}
+
+bool AppWatcher::attach() {
+    Accessibility& ax = *platform().accessibility;
+    appElement_ = ax.createApplication(pid);
+    if (appElement_) appElement_->setMessagingTimeout(1.0f);
+
+    AXError error;
+    std::unique_ptr<AXObserver> observer =
+        ax.createObserver(pid, &AppWatcher::observerCallback, error);
+    if (!error.isSuccess() || !observer) return false;
+    observer_ = std::move(observer);
+    observer_->addRunLoopSourceToMainRunLoop();
+
+    // The results are not checked: an element that refuses a notification is simply
+    // watched with fewer of them.
+    observer_->addNotification(appElement_, "AXWindowCreated", this);
+    observer_->addNotification(appElement_, "AXFocusedWindowChanged", this);
+
+    for (const AXElement& window : axElements(appElement_, "AXWindows")) watch(window);
+    return true;
+}
+
+void AppWatcher::watch(const AXElement& window) {
+    if (!window || !observer_) return;
+    WindowRef ref{window};
+    if (!watchedWindows_.insert(ref).second) return;
+    observer_->addNotification(window, "AXUIElementDestroyed", this);
+    observer_->addNotification(window, "AXWindowMoved", this);
+    observer_->addNotification(window, "AXWindowResized", this);
+    refreshCloseButton(window, 1);
+}
+
+void AppWatcher::observerCallback(AXObserver&, const AXElement& element,
+                                  const std::string& notification, void* refcon) {
+    if (!refcon) return;
+    // Held for the length of the call: the engine may drop the watcher while it reports.
+    std::shared_ptr<AppWatcher> self = static_cast<AppWatcher*>(refcon)->weak_from_this().lock();
+    if (!self) return;
+    self->handle(notification, element);
+}
+
+void AppWatcher::handle(const std::string& notification, const AXElement& element) {
+    if (notification == "AXWindowCreated") {
+        watch(element);
+    } else if (notification == "AXFocusedWindowChanged") {
+        resync();
+    } else if (notification == "AXWindowMoved" || notification == "AXWindowResized") {
+        refreshCloseButton(element, 1);
+    } else if (notification == "AXUIElementDestroyed") {
+        WindowRef ref{element};
+        auto watched = watchedWindows_.find(ref);
+        if (watched == watchedWindows_.end()) return;
+        watchedWindows_.erase(watched);
+
+        std::optional<Rect> frame;
+        if (auto it = frames_.find(ref); it != frames_.end()) {
+            frame = it->second;
+            forgetFrame(ref);
+        }
+        std::optional<CloseButtonMiss> miss;
+        if (auto it = misses_.find(ref); it != misses_.end()) {
+            miss = it->second;
+            misses_.erase(it);
+        }
+        bool wasStandard = confirmedStandard_.erase(ref) != 0;
+        noted_.erase(ref);
+
+        // Never confirmed standard: never reported. Custom chrome: never reported either.
+        if (!wasStandard) return;
+        if (!frame && miss && miss->kind == CloseButtonMiss::Kind::unsupported) return;
+        engine_.windowDestroyed(ref, shared_from_this(), frame.has_value(), miss);
+    }
+}
+
+void AppWatcher::resync() {
+    std::vector<AXElement> windows = axElements(appElement_, "AXWindows");
+    for (const AXElement& window : windows) {
+        WindowRef ref{window};
+        if (!watchedWindows_.count(ref)) {
+            watch(window);
+            continue;
+        }
+        if (frames_.count(ref)) continue;
+        auto miss = misses_.find(ref);
+        if (miss != misses_.end() && !miss->second.isWorthRetrying()) continue;  // final
+        refreshCloseButton(window, 1);
+    }
+}
+
+std::vector<AXElement> AppWatcher::currentWindows() const {
+    return axElements(appElement_, "AXWindows");
+}
+
+std::vector<AXElement> AppWatcher::standardWindows() const {
+    std::vector<AXElement> out;
+    for (const AXElement& window : currentWindows())
+        if (isStandardWindow(window)) out.push_back(window);
+    return out;
+}
+
+std::vector<AXElement> AppWatcher::userWindows() const {
+    std::vector<AXElement> out;
+    for (const AXElement& window : currentWindows()) {
+        if (standardness(window).kind != Standardness::Kind::standard) continue;
+        // Only a window that positively has no close button is left out; a slow application
+        // (time-out, cannot-complete, no value) keeps its windows.
+        AXCopyResult button = axCopyChecked(window, "AXCloseButton");
+        if (!button.value &&
+            (button.error == axerror::attributeUnsupported || button.error == axerror::noValue))
+            continue;
+        out.push_back(window);
+    }
+    return out;
+}
+
+}  // namespace quelto

@@ -1,0 +1,163 @@
+// The close-button cache of a watcher: each watched window's close-button frame (with a
+// little slack) or the reason it has none, refreshed with short retries for failures that
+// look transient, and the hit tests the engine runs for every click.
+
+#include <algorithm>
+#include <string>
+
+#include "accessibility/AXRead.h"
+#include "accessibility/AppWatcher.h"
+#include "accessibility/WindowClassification.h"
+#include "platform/Platform.h"
+#include "settings/Log.h"
+
+namespace quelto {
+
+namespace {
+
+// A click on the very rim of the red dot still counts.
+constexpr double frameSlack = 2.0;
+// Retries follow attempt × 0.5 s while the attempt is this or less.
+constexpr int lastRetriedAttempt = 3;
+constexpr double retryStep = 0.5;
+// The live hit test refreshes with an attempt above the limit, so it never starts retries.
+constexpr int liveAttempt = 99;
+
+bool isDialogSubrole(const std::string& subrole) {
+    return subrole == "AXDialog" || subrole == "AXSystemDialog" ||
+           subrole == "AXApplicationDialog" || subrole == "AXApplicationAlertDialog";
+}
+
+}  // namespace
+
+void AppWatcher::storeFrame(const WindowRef& ref, Rect frame) {
+    auto [it, inserted] = frames_.insert_or_assign(ref, frame);
+    (void)it;
+    if (!inserted) {
+        for (std::size_t i = 0; i < hitWindows_.size(); ++i) {
+            if (hitWindows_[i] == ref) {
+                hitFrames_[i] = frame;
+                return;
+            }
+        }
+    }
+    hitFrames_.push_back(frame);
+    hitWindows_.push_back(ref);
+}
+
+void AppWatcher::forgetFrame(const WindowRef& ref) {
+    if (frames_.erase(ref) == 0) return;
+    for (std::size_t i = 0; i < hitWindows_.size(); ++i) {
+        if (hitWindows_[i] == ref) {
+            // Order within the flat copy carries no meaning: swap the last one in.
+            hitFrames_[i] = hitFrames_.back();
+            hitWindows_[i] = std::move(hitWindows_.back());
+            hitFrames_.pop_back();
+            hitWindows_.pop_back();
+            return;
+        }
+    }
+}
+
+bool AppWatcher::refreshCloseButton(const AXElement& window, int attempt) {
+    WindowRef ref{window};
+    // Late retries for windows already destroyed end here.
+    if (!watchedWindows_.count(ref)) return false;
+
+    CloseButtonMiss miss;
+    Standardness kind = standardness(window);
+    switch (kind.kind) {
+        case Standardness::Kind::unreadable:
+            miss = CloseButtonMiss::transientFailure(kind.error);
+            break;
+        case Standardness::Kind::other:
+            miss = CloseButtonMiss::notStandardWindow();
+            break;
+        case Standardness::Kind::standard: {
+            confirmedStandard_.insert(ref);
+            AXCopyResult read = axCopyChecked(window, "AXCloseButton");
+            const AXElement* button = read.value ? read.value->get<AXElement>() : nullptr;
+            if (button && *button) {
+                std::optional<bool> enabled = axBool(*button, "AXEnabled");
+                if (enabled == std::optional<bool>(false)) {
+                    miss = CloseButtonMiss::disabled();
+                } else if (std::optional<Rect> frame = axFrame(*button)) {
+                    storeFrame(ref, frame->outset(frameSlack));
+                    misses_.erase(ref);
+                    return true;
+                } else {
+                    miss = CloseButtonMiss::noFrame();
+                }
+            } else if (read.error == axerror::attributeUnsupported ||
+                       read.error == axerror::noValue) {
+                miss = CloseButtonMiss::unsupported(read.error);
+            } else {
+                // Success is possible here, when the platform gave nothing or the wrong type.
+                miss = CloseButtonMiss::transientFailure(read.error);
+            }
+            break;
+        }
+    }
+
+    forgetFrame(ref);
+    misses_.insert_or_assign(ref, miss);
+
+    if (miss.kind == CloseButtonMiss::Kind::unsupported) {
+        if (noted_.insert(ref).second) {
+            quelto::log("note: " + name + " window \"" + windowTitle(window) + "\" — " +
+                        miss.description());
+        }
+        return false;
+    }
+    if (miss.isWorthRetrying() && attempt <= lastRetriedAttempt) {
+        if (MainQueue* queue = platform().mainQueue) {
+            queue->asyncAfter(attempt * retryStep, [weak = weak_from_this(), window, attempt] {
+                if (auto self = weak.lock()) self->refreshCloseButton(window, attempt + 1);
+            });
+        }
+    }
+    return false;
+}
+
+std::optional<WindowRef> AppWatcher::closeButtonHit(Point at) const {
+    // Runs for every click anywhere: a plain walk over the flat rectangles, no platform call.
+    const Rect* frames = hitFrames_.data();
+    const std::size_t count = hitFrames_.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        if (frames[i].contains(at)) return hitWindows_[i];
+    }
+    return std::nullopt;
+}
+
+std::optional<WindowRef> AppWatcher::liveCloseButtonHit(Point at) {
+    // A snapshot: the refreshes below change the cache, never the set of watched windows.
+    std::vector<WindowRef> windows(watchedWindows_.begin(), watchedWindows_.end());
+    for (const WindowRef& ref : windows) {
+        if (frames_.count(ref)) continue;  // the cached test already covered it
+        auto miss = misses_.find(ref);
+        if (miss != misses_.end() && miss->second.kind == CloseButtonMiss::Kind::unsupported)
+            continue;  // custom chrome is final
+        if (!refreshCloseButton(ref.element, liveAttempt)) continue;
+        auto frame = frames_.find(ref);
+        if (frame != frames_.end() && frame->second.contains(at)) return ref;
+    }
+    return std::nullopt;
+}
+
+bool AppWatcher::isCloseBlocked(const WindowRef& window) const {
+    for (const AXElement& child : axElements(window.element, "AXChildren"))
+        if (axString(child, "AXRole") == std::optional<std::string>("AXSheet")) return true;
+    for (const AXElement& other : axElements(appElement_, "AXWindows")) {
+        auto subrole = axString(other, "AXSubrole");
+        if (subrole && isDialogSubrole(*subrole)) return true;
+    }
+    return false;
+}
+
+std::optional<CloseButtonMiss> AppWatcher::missReason(const WindowRef& window) const {
+    auto it = misses_.find(window);
+    if (it == misses_.end()) return std::nullopt;
+    return it->second;
+}
+
+}  // namespace quelto

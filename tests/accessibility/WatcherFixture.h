@@ -1,0 +1,111 @@
+#pragma once
+// A watched application on the simulated desktop, a sink that records the watcher's reports,
+// and a capture of the log's lines.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "accessibility/AppWatcher.h"
+#include "settings/Log.h"
+#include "sim/SimDesktop.h"
+#include "tests/sim/Specs.h"
+
+namespace quelto::testing {
+
+struct DestroyedReport {
+    WindowRef ref;
+    std::shared_ptr<AppWatcher> watcher;
+    bool hadCloseButton = false;
+    std::optional<CloseButtonMiss> miss;
+};
+
+class RecordingSink final : public DestroyedWindowSink {
+  public:
+    void windowDestroyed(const WindowRef& ref, const std::shared_ptr<AppWatcher>& watcher,
+                         bool hadCloseButton, std::optional<CloseButtonMiss> miss) override {
+        reports.push_back(DestroyedReport{ref, watcher, hadCloseButton, miss});
+    }
+    std::vector<DestroyedReport> reports;
+};
+
+// Collects every line the log writes while it exists; silences the log again afterwards.
+class LogCapture {
+  public:
+    LogCapture() {
+        Log::shared().drain();
+        Log::shared().setMirror([this](const std::string& line) {
+            std::lock_guard lock(mutex_);
+            lines_.push_back(line);
+        });
+    }
+    ~LogCapture() {
+        Log::shared().setMirror([](const std::string&) {});
+        Log::shared().drain();
+    }
+    LogCapture(const LogCapture&) = delete;
+    LogCapture& operator=(const LogCapture&) = delete;
+
+    // The lines written so far, without their line feeds.
+    std::vector<std::string> lines() {
+        Log::shared().drain();
+        std::lock_guard lock(mutex_);
+        std::vector<std::string> out;
+        for (std::string line : lines_) {
+            while (!line.empty() && line.back() == '\n') line.pop_back();
+            out.push_back(line);
+        }
+        return out;
+    }
+
+    // The lines containing `text`.
+    std::vector<std::string> linesContaining(const std::string& text) {
+        std::vector<std::string> out;
+        for (const std::string& line : lines())
+            if (line.find(text) != std::string::npos) out.push_back(line);
+        return out;
+    }
+
+  private:
+    std::mutex mutex_;
+    std::vector<std::string> lines_;
+};
+
+class WatcherTest : public ::testing::Test {
+  protected:
+    static constexpr Pid pid = 42;
+
+    WatcherTest() {
+        desktop.install();
+        desktop.addApp(sim::testing::app(pid, "Notes", "com.apple.Notes"));
+    }
+
+    std::shared_ptr<AppWatcher> makeWatcher() {
+        return AppWatcher::create(desktop.runningApplication(pid), sink);
+    }
+
+    sim::ElementId addWindow(const std::string& title, Rect frame = Rect{{100, 100}, {800, 600}},
+                             bool notify = true) {
+        return desktop.addWindow(pid, sim::testing::window(title, frame), notify);
+    }
+
+    WindowRef ref(sim::ElementId id) const { return WindowRef{desktop.element(id)}; }
+
+    // Exactly one of a cached frame and a recorded miss, for every watched window.
+    void expectFrameOrMiss(const AppWatcher& watcher, sim::ElementId id) {
+        WindowRef r = ref(id);
+        ASSERT_TRUE(watcher.isWatched(r));
+        bool framed = watcher.closeButtonFrames().count(r) != 0;
+        bool missed = watcher.closeButtonMisses().count(r) != 0;
+        EXPECT_NE(framed, missed) << "framed " << framed << ", missed " << missed;
+    }
+
+    sim::SimDesktop desktop{Date{1767225600.0}};
+    RecordingSink sink;
+};
+
+}  // namespace quelto::testing
