@@ -14,6 +14,7 @@
 #include "platform/linux/ConsoleWorkspace.h"
 #include "platform/linux/CurlHttpClient.h"
 #include "platform/linux/FixedSystemInfo.h"
+#include "platform/linux/QueueHoldingHttpClient.h"
 #endif
 
 namespace quelto {
@@ -138,24 +139,7 @@ int runCheckUpdates(const std::vector<std::string>& args, std::ostream& out, std
 #else
     BlockingMainQueue queue;
     CurlHttpClient curl;
-    // Holds the main queue open while a request is in flight, so the run waits for its
-    // reply.
-    class HeldHttpClient final : public HttpClient {
-      public:
-        HeldHttpClient(HttpClient& inner, BlockingMainQueue& queue)
-            : inner_(inner), queue_(queue) {}
-        void send(const HttpRequest& request, std::function<void(HttpResult)> completion) override {
-            queue_.hold();
-            inner_.send(request, [this, completion = std::move(completion)](HttpResult result) {
-                completion(std::move(result));
-                queue_.release();
-            });
-        }
-
-      private:
-        HttpClient& inner_;
-        BlockingMainQueue& queue_;
-    } http(curl, queue);
+    QueueHoldingHttpClient http(curl, queue);
 
     // Log lines are collected from the log's writer thread and printed on this thread at
     // each point where the output goes on, so they read in order with the alert.

@@ -22,11 +22,11 @@ void BlockingMainQueue::insert(TimePoint due, Item item) {
 }
 
 void BlockingMainQueue::asyncAfter(double delaySeconds, std::function<void()> work) {
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        insert(std::chrono::steady_clock::now() + seconds(delaySeconds),
-               Item{std::move(work), 0, nullptr});
-    }
+    // Notifying under the lock: once the lock is released this call touches the queue no
+    // more, so a queue whose run() returns can be destroyed at once.
+    std::lock_guard<std::mutex> lock(mutex_);
+    insert(std::chrono::steady_clock::now() + seconds(delaySeconds),
+           Item{std::move(work), 0, nullptr});
     changed_.notify_all();
 }
 
@@ -39,8 +39,8 @@ Subscription BlockingMainQueue::scheduleRepeating(double intervalSeconds,
         std::lock_guard<std::mutex> lock(mutex_);
         insert(std::chrono::steady_clock::now() + seconds(interval),
                Item{std::move(tick), interval, cancelled});
+        changed_.notify_all();
     }
-    changed_.notify_all();
     // The flag outlives the queue, so a subscription may end after the queue is gone.
     return Subscription([cancelled] { cancelled->store(true); });
 }
@@ -51,10 +51,8 @@ void BlockingMainQueue::hold() {
 }
 
 void BlockingMainQueue::release() {
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (holds_ > 0) --holds_;
-    }
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (holds_ > 0) --holds_;
     changed_.notify_all();
 }
 
