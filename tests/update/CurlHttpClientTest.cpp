@@ -1,0 +1,170 @@
+// The libcurl client against a real HTTP server on the loopback interface.
+#if !defined(__APPLE__)
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <future>
+#include <string>
+
+#include "LoopbackServer.h"
+#include "platform/linux/CurlHttpClient.h"
+
+namespace quelto {
+namespace {
+
+using test::LoopbackServer;
+
+HttpRequest get(const std::string& url, double timeout = 10) {
+    HttpRequest request;
+    request.url = url;
+    request.headers = {{"Accept", "application/json"}, {"X-Quelto-Test", "yes"}};
+    request.timeoutSeconds = timeout;
+    request.ignoreLocalCache = true;
+    return request;
+}
+
+// Sends through the client and waits for the completion (bounded, so a broken client fails
+// the test instead of hanging it).
+HttpResult sendAndWait(CurlHttpClient& client, const HttpRequest& request) {
+    auto promise = std::make_shared<std::promise<HttpResult>>();
+    auto future = promise->get_future();
+    auto caller = std::this_thread::get_id();
+    auto otherThread = std::make_shared<bool>(false);
+    client.send(request, [promise, caller, otherThread](HttpResult result) {
+        *otherThread = std::this_thread::get_id() != caller;
+        promise->set_value(std::move(result));
+    });
+    if (future.wait_for(std::chrono::seconds(60)) != std::future_status::ready) {
+        ADD_FAILURE() << "no completion";
+        return {};
+    }
+    HttpResult result = future.get();
+    EXPECT_TRUE(*otherThread) << "the completion ran on the caller's thread";
+    return result;
+}
+
+TEST(CurlHttpClient, DeliversStatusAndBodyAndSendsTheHeaders) {
+    LoopbackServer server(
+        LoopbackServer::always({200, {{"Content-Type", "application/json"}}, R"({"ok":true})"}));
+    ASSERT_TRUE(server.listening());
+    CurlHttpClient client;
+    HttpResult result = sendAndWait(client, get(server.baseURL() + "/api/latest"));
+    EXPECT_FALSE(result.transportError);
+    EXPECT_EQ(result.statusCode, 200);
+    EXPECT_EQ(result.body, R"({"ok":true})");
+    auto requests = server.requests();
+    ASSERT_EQ(requests.size(), 1u);
+    EXPECT_EQ(requests[0].method, "GET");
+    EXPECT_EQ(requests[0].target, "/api/latest");
+    EXPECT_EQ(requests[0].header("Accept"), "application/json");
+    EXPECT_EQ(requests[0].header("X-Quelto-Test"), "yes");
+}
+
+TEST(CurlHttpClient, OtherStatusesAreRepliesNotTransportErrors) {
+    for (int status : {404, 500, 503, 204}) {
+        LoopbackServer server(LoopbackServer::always({status, {}, status == 204 ? "" : "nope"}));
+        CurlHttpClient client;
+        HttpResult result = sendAndWait(client, get(server.baseURL() + "/api/latest"));
+        EXPECT_FALSE(result.transportError) << status;
+        EXPECT_EQ(result.statusCode, status);
+        EXPECT_EQ(result.body, status == 204 ? "" : "nope");
+    }
+}
+
+TEST(CurlHttpClient, EmptyBodyIsStillABody) {
+    LoopbackServer server(LoopbackServer::always({200, {}, ""}));
+    CurlHttpClient client;
+    HttpResult result = sendAndWait(client, get(server.baseURL() + "/"));
+    EXPECT_EQ(result.statusCode, 200);
+    ASSERT_TRUE(result.body);
+    EXPECT_TRUE(result.body->empty());
+}
+
+TEST(CurlHttpClient, SlowReplyPastTheTimeOutIsATransportError) {
+    LoopbackServer server(LoopbackServer::always({200, {}, "late", /*delaySeconds=*/5}));
+    CurlHttpClient client;
+    HttpResult result = sendAndWait(client, get(server.baseURL() + "/api/latest", 0.3));
+    ASSERT_TRUE(result.transportError);
+    EXPECT_NE(result.transportError->find("timed out"), std::string::npos)
+        << *result.transportError;
+    EXPECT_FALSE(result.statusCode);
+    EXPECT_FALSE(result.body);
+}
+
+TEST(CurlHttpClient, RefusedConnectionIsATransportErrorWithCurlsText) {
+    CurlHttpClient client;
+    int port = LoopbackServer::closedPort();
+    HttpResult result =
+        sendAndWait(client, get("http://127.0.0.1:" + std::to_string(port) + "/api/latest"));
+    ASSERT_TRUE(result.transportError);
+    EXPECT_NE(result.transportError->find("127.0.0.1"), std::string::npos)
+        << *result.transportError;
+    EXPECT_FALSE(result.statusCode);
+    EXPECT_FALSE(result.body);
+}
+
+TEST(CurlHttpClient, ConnectionClosedWithoutReplyIsATransportError) {
+    LoopbackServer::Response hangUp;
+    hangUp.hangUp = true;
+    LoopbackServer server(LoopbackServer::always(hangUp));
+    CurlHttpClient client;
+    HttpResult result = sendAndWait(client, get(server.baseURL() + "/api/latest"));
+    ASSERT_TRUE(result.transportError);
+    EXPECT_FALSE(result.transportError->empty());
+    EXPECT_FALSE(result.body);
+}
+
+TEST(CurlHttpClient, UnsupportedSchemeIsATransportError) {
+    CurlHttpClient client;
+    HttpResult result = sendAndWait(client, get("ftp://127.0.0.1/x"));
+    ASSERT_TRUE(result.transportError);
+    EXPECT_FALSE(result.transportError->empty());
+}
+
+TEST(CurlHttpClient, TenMegabyteBodyArrivesWhole) {
+    std::string big(10 * 1024 * 1024, '\0');
+    for (std::size_t i = 0; i < big.size(); ++i) big[i] = static_cast<char>('a' + i % 26);
+    LoopbackServer server(LoopbackServer::always({200, {}, big}));
+    CurlHttpClient client;
+    HttpResult result = sendAndWait(client, get(server.baseURL() + "/big"));
+    EXPECT_FALSE(result.transportError);
+    ASSERT_TRUE(result.body);
+    EXPECT_EQ(result.body->size(), big.size());
+    EXPECT_TRUE(*result.body == big);
+}
+
+TEST(CurlHttpClient, FollowsRedirects) {
+    LoopbackServer server([](const LoopbackServer::Request& request) {
+        if (request.target == "/old")
+            return LoopbackServer::Response{302, {{"Location", "/new"}}, ""};
+        return LoopbackServer::Response{200, {}, "moved here"};
+    });
+    CurlHttpClient client;
+    HttpResult result = sendAndWait(client, get(server.baseURL() + "/old"));
+    EXPECT_EQ(result.statusCode, 200);
+    EXPECT_EQ(result.body, "moved here");
+}
+
+TEST(CurlHttpClient, DestroyingTheClientWaitsForItsRequests) {
+    LoopbackServer server(LoopbackServer::always({200, {}, "done", /*delaySeconds=*/0.2}));
+    std::atomic<int> completed{0};
+    {
+        CurlHttpClient client;
+        for (int i = 0; i < 2; ++i)
+            client.send(get(server.baseURL() + "/"), [&](HttpResult) { ++completed; });
+    }
+    EXPECT_EQ(completed.load(), 2);
+}
+
+TEST(CurlHttpClient, PerformRunsOnTheCallersThread) {
+    LoopbackServer server(LoopbackServer::always({201, {}, "made"}));
+    HttpResult result = CurlHttpClient::perform(get(server.baseURL() + "/"));
+    EXPECT_EQ(result.statusCode, 201);
+    EXPECT_EQ(result.body, "made");
+}
+
+}  // namespace
+}  // namespace quelto
+
+#endif  // !defined(__APPLE__)
