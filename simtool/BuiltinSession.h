@@ -1,0 +1,13 @@
+#pragma once
+// The built-in session: a realistic day with Quelto, run by quelto-sim with no arguments.
+// The same text ships as scenarios/session.scn, where it also runs as a test.
+
+#include <string>
+
+namespace quelto::simtool {
+
+const std::string& builtinSessionText();
+// The name its messages carry.
+const std::string& builtinSessionName();
+
+}  // namespace quelto::simtool

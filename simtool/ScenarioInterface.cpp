@@ -1,0 +1,662 @@
+// The interface commands of the scenario language: the menu-bar menu and icon, the settings
+// window and its controls, the pasteboard and alerts; with their expectations. Each prints
+// or checks what a person would see.
+
+#include <algorithm>
+#include <functional>
+
+#include "app/AppController.h"
+#include "app/MenuRendering.h"
+#include "app/StatusItemModel.h"
+#include "simtool/ScenarioParserContext.h"
+#include "simtool/ScenarioRunner.h"
+#include "simtool/ScenarioValues.h"
+#include "simtool/SimApplicationHost.h"
+#include "ui/MainWindowModel.h"
+#include "ui/TabRendering.h"
+
+namespace quelto::simtool {
+
+namespace {
+
+const std::vector<std::string>& tabIdentifiers() {
+    static const std::vector<std::string> ids = {"general", "apps", "activity", "help", "about"};
+    return ids;
+}
+
+StatusItemModel* statusItem(ScenarioRunner& r, int line) {
+    AppController* c = r.appController();
+    StatusItemModel* item = c ? c->statusItem() : nullptr;
+    if (!item) r.error(line, "Quelto is not running, so there is no menu-bar item");
+    return item;
+}
+
+std::shared_ptr<MainWindowModel> settingsWindow(ScenarioRunner& r, int line) {
+    AppController* c = r.appController();
+    std::shared_ptr<MainWindowModel> w = c ? c->mainWindow() : nullptr;
+    if (!w) r.error(line, "the settings window is not open (settings open comes first)");
+    return w;
+}
+
+const MenuRow* findRow(const std::vector<MenuRow>& rows, const std::string& title) {
+    for (const MenuRow& row : rows)
+        if (!row.separator && row.title == title) return &row;
+    return nullptr;
+}
+
+std::string rowTitles(const std::vector<MenuRow>& rows) {
+    std::string s;
+    for (const MenuRow& row : rows) {
+        if (row.separator) continue;
+        if (!s.empty()) s += ", ";
+        s += inQuotes(row.title);
+    }
+    return s;
+}
+
+// A button (or link button) of a tab by its title, searched through rows and columns.
+const ViewElement* findButton(const std::vector<ViewElement>& elements, const std::string& title) {
+    for (const ViewElement& e : elements) {
+        if ((e.kind == ViewElement::Kind::button || e.kind == ViewElement::Kind::linkButton) &&
+            e.text == title)
+            return &e;
+        if (const ViewElement* inner = findButton(e.children, title)) return inner;
+    }
+    return nullptr;
+}
+
+void collectButtons(const std::vector<ViewElement>& elements, std::vector<std::string>& out) {
+    for (const ViewElement& e : elements) {
+        if (e.kind == ViewElement::Kind::button || e.kind == ViewElement::Kind::linkButton)
+            out.push_back(inQuotes(e.text));
+        collectButtons(e.children, out);
+    }
+}
+
+std::string iconText(const StatusIcon& icon) {
+    return icon.fallbackTitle + " " + icon.imageName + ".png  tooltip " + inQuotes(icon.toolTip) +
+           "\n";
+}
+
+std::string alertsText(const std::vector<AlertSpec>& alerts) {
+    if (alerts.empty()) return "(no alerts)\n";
+    std::string s;
+    for (std::size_t i = 0; i < alerts.size(); ++i) {
+        const AlertSpec& a = alerts[i];
+        s += std::to_string(i + 1) + ". " + a.messageText + "\n";
+        std::string info = a.informativeText;
+        std::size_t start = 0;
+        while (start <= info.size() && !info.empty()) {
+            auto nl = info.find('\n', start);
+            s += "   " + info.substr(start, nl == std::string::npos ? nl : nl - start) + "\n";
+            if (nl == std::string::npos) break;
+            start = nl + 1;
+        }
+        std::string buttons;
+        for (const std::string& b : a.buttons)
+            buttons += (buttons.empty() ? "" : "  ") + ("[" + b + "]");
+        s += "   " + (buttons.empty() ? std::string("[OK]") : buttons) + "\n";
+    }
+    return s;
+}
+
+std::string desktopText(ScenarioRunner& r) {
+    std::string s;
+    auto front = r.desktop().frontmostApplication();
+    for (const auto& app : r.desktop().runningApplications()) {
+        Pid pid = app->processIdentifier();
+        s += (front && front->processIdentifier() == pid ? "▶ " : "  ") +
+             app->localizedName().value_or("(no name)") + "  pid " + std::to_string(pid) + "  " +
+             app->bundleIdentifier().value_or("(no bundle id)") + "  " +
+             policyName(app->activationPolicy()) + "\n";
+        for (sim::ElementId w : r.desktop().windowsOf(pid)) {
+            auto title = r.desktop().element(w);
+            std::optional<AXValue> value;
+            std::string t = "(untitled)";
+            if (title && title->copyAttributeValue("AXTitle", value).isSuccess() && value)
+                if (auto str = value->get<std::string>()) t = *str;
+            s += "      window " + inQuotes(t) + "\n";
+        }
+    }
+    return s;
+}
+
+bool requireStarted(Parser& p, Args& args) {
+    if (p.startLine) return true;
+    args.fail(args.command() + " needs Quelto running: put start before it");
+    return false;
+}
+
+}  // namespace
+
+void Parser::menuCommand(Args& args) {
+    auto verb = args.bare("open or choose");
+    if (!verb || !requireStarted(*this, args)) return;
+    int line = args.line();
+    if (*verb == "open") {
+        if (!args.end()) return;
+        addStep(line, "menu", [line](ScenarioRunner& r) {
+            if (auto* item = statusItem(r, line))
+                r.show(line, "menu", renderMenu(item->menuNeedsUpdate()));
+        });
+        return;
+    }
+    if (*verb != "choose") return args.fail("menu takes open or choose, not " + inQuotes(*verb));
+    auto title = args.text("the row's title");
+    if (!title) return;
+    std::optional<std::string> sub;
+    if (!args.done()) {
+        sub = args.text("the submenu row's title");
+        if (!sub) return;
+    }
+    if (!args.end()) return;
+    std::string t = *title;
+    addStep(line, "menu", [line, t, sub](ScenarioRunner& r) {
+        auto* item = statusItem(r, line);
+        if (!item) return;
+        std::vector<MenuRow> rows = item->menuNeedsUpdate();
+        const MenuRow* row = findRow(rows, t);
+        if (!row)
+            return r.error(
+                line, "the menu has no row " + inQuotes(t) + " (it has " + rowTitles(rows) + ")");
+        if (sub) {
+            const MenuRow* parent = row;
+            row = findRow(parent->submenu, *sub);
+            if (!row)
+                return r.error(line, "the submenu " + inQuotes(t) + " has no row " +
+                                         inQuotes(*sub) + " (it has " + rowTitles(parent->submenu) +
+                                         ")");
+        } else if (!row->submenu.empty()) {
+            return r.error(line, "the row " + inQuotes(t) +
+                                     " opens a submenu: name one of its rows (" +
+                                     rowTitles(row->submenu) + ")");
+        }
+        if (!row->enabled)
+            return r.error(line, "the menu row " + inQuotes(row->title) + " is disabled");
+        MenuRow chosen = *row;
+        item->perform(chosen);
+    });
+}
+
+void Parser::settingsCommand(Args& args) {
+    auto verb = args.bare("what to do in the settings window");
+    if (!verb || !requireStarted(*this, args)) return;
+    int line = args.line();
+    auto tabWord = [&](const std::string& w) -> bool {
+        const auto& ids = tabIdentifiers();
+        if (std::find(ids.begin(), ids.end(), w) != ids.end()) return true;
+        std::string message = inQuotes(w) + " is not a tab (general, apps, activity, help, about)";
+        args.fail(message);
+        return false;
+    };
+    auto onOff = [&](const std::string& what) -> std::optional<bool> {
+        auto w = args.bare(what);
+        if (!w) return std::nullopt;
+        if (*w == "on") return true;
+        if (*w == "off") return false;
+        args.fail(what + " is on or off, not " + inQuotes(*w));
+        return std::nullopt;
+    };
+    if (*verb == "open") {
+        std::optional<std::string> tab;
+        if (!args.done()) {
+            auto t = args.bare("a tab");
+            if (!t || !tabWord(*t)) return;
+            tab = *t;
+        }
+        if (!args.end()) return;
+        addStep(line, "settings", [line, tab](ScenarioRunner& r) {
+            AppController* c = r.appController();
+            if (!c) return r.error(line, "Quelto is not running");
+            c->showWindow(tab);
+            if (auto w = c->mainWindow()) r.show(line, "settings window", renderWindow(*w));
+        });
+    } else if (*verb == "tab") {
+        auto t = args.bare("a tab");
+        if (!t || !tabWord(*t) || !args.end()) return;
+        std::string tab = *t;
+        addStep(line, "settings", [line, tab](ScenarioRunner& r) {
+            if (auto w = settingsWindow(r, line)) {
+                w->select(tab);
+                r.show(line, "settings window", renderWindow(*w));
+            }
+        });
+    } else if (*verb == "close") {
+        if (!args.end()) return;
+        addStep(line, "settings", [line](ScenarioRunner& r) {
+            if (!settingsWindow(r, line)) return;
+            r.host()->settingsWindowClosed();
+            r.appController()->settingsWindowWillClose();
+        });
+    } else if (*verb == "switch" || *verb == "login") {
+        auto on = onOff(*verb == "switch" ? "the switch" : "the login check box");
+        if (!on || !args.end()) return;
+        bool value = *on;
+        bool isSwitch = *verb == "switch";
+        addStep(line, "settings", [line, value, isSwitch](ScenarioRunner& r) {
+            auto w = settingsWindow(r, line);
+            if (!w) return;
+            if (isSwitch)
+                w->toggleLive(value);
+            else
+                w->toggleLoginItem(value);
+        });
+    } else if (*verb == "mode") {
+        auto m = args.bare("last-window or red-dot");
+        if (!m || !args.end()) return;
+        int segment;
+        if (*m == "last-window")
+            segment = 0;
+        else if (*m == "red-dot")
+            segment = 1;
+        else
+            return args.fail("the mode is last-window or red-dot, not " + inQuotes(*m));
+        addStep(line, "settings", [line, segment](ScenarioRunner& r) {
+            if (auto w = settingsWindow(r, line)) w->changeQuitMode(segment);
+        });
+    } else if (*verb == "escape") {
+        auto e = args.bare("shift, option or none");
+        if (!e || !args.end()) return;
+        int index;
+        if (*e == "shift")
+            index = 0;
+        else if (*e == "option")
+            index = 1;
+        else if (*e == "none")
+            index = 2;
+        else
+            return args.fail("the escape key is shift, option or none, not " + inQuotes(*e));
+        addStep(line, "settings", [line, index](ScenarioRunner& r) {
+            if (auto w = settingsWindow(r, line)) w->changeEscape(index);
+        });
+    } else if (*verb == "never-quit") {
+        auto id = args.word("a bundle id");
+        if (!id) return;
+        auto on = onOff("the Never quit box");
+        if (!on || !args.end()) return;
+        std::string bundle = id->text;
+        bool value = *on;
+        addStep(line, "settings", [line, bundle, value](ScenarioRunner& r) {
+            auto w = settingsWindow(r, line);
+            if (!w) return;
+            const auto& rows = w->appRows();
+            auto it = std::find_if(
+                rows.begin(), rows.end(),
+                [&](const MainWindowModel::AppRow& row) { return row.bundleID == bundle; });
+            if (it == rows.end()) return r.error(line, "the Apps tab has no row for " + bundle);
+            if (!MainWindowModel::excludeBox(*it).enabled)
+                return r.error(line, "the Never quit box of " + it->name + " is disabled");
+            w->toggleExclusion(bundle, value);
+        });
+    } else if (*verb == "add-app") {
+        std::vector<std::string> paths;
+        bool cancel = args.accept("cancel");
+        while (!cancel && !args.done()) {
+            auto p = args.word("the chosen applications' paths");
+            if (!p) return;
+            paths.push_back(p->text);
+        }
+        if (!args.end()) return;
+        if (!cancel && paths.empty())
+            return void(args.word("the chosen applications' paths, or cancel"));
+        addStep(line, "settings", [line, paths, cancel](ScenarioRunner& r) {
+            auto w = settingsWindow(r, line);
+            if (!w) return;
+            w->addAppClicked();
+            if (!cancel) w->addApp(paths);
+        });
+    } else if (*verb == "press") {
+        auto title = args.text("the button's title");
+        if (!title || !args.end()) return;
+        std::string t = *title;
+        addStep(line, "settings", [line, t](ScenarioRunner& r) {
+            auto w = settingsWindow(r, line);
+            if (!w) return;
+            TabContent content = w->content(w->selectedTab());
+            const ViewElement* button = findButton(content.elements, t);
+            if (!button) {
+                std::vector<std::string> titles;
+                collectButtons(content.elements, titles);
+                std::string list;
+                for (const auto& b : titles) list += (list.empty() ? "" : ", ") + b;
+                return r.error(line, "the " + content.label + " tab has no button " + inQuotes(t) +
+                                         (list.empty() ? "" : " (it has " + list + ")"));
+            }
+            if (button->action == "checkForUpdates") return w->checkForUpdates(nullptr);
+            if (button->action == "addApp") return w->addAppClicked();
+            if (!w->perform(button->action))
+                r.error(line, "the button " + inQuotes(t) + " does nothing in the simulator");
+        });
+    } else {
+        std::vector<std::string> verbs = {"open",   "tab",   "close",      "switch",  "mode",
+                                          "escape", "login", "never-quit", "add-app", "press"};
+        std::string message = "unknown settings action " + inQuotes(*verb);
+        if (auto near = closestWord(*verb, verbs)) message += " (did you mean \"" + *near + "\"?)";
+        args.fail(message);
+    }
+}
+
+void Parser::showCommand(Args& args) {
+    auto what = args.bare("what to show");
+    if (!what) return;
+    int line = args.line();
+    if (*what == "apps") {
+        if (!args.end()) return;
+        addStep(line, "show",
+                [line](ScenarioRunner& r) { r.show(line, "desktop", desktopText(r)); });
+        return;
+    }
+    if (*what == "pasteboard") {
+        if (!args.end()) return;
+        addStep(line, "show", [line](ScenarioRunner& r) {
+            r.show(line, "pasteboard", r.desktop().pasteboardText());
+        });
+        return;
+    }
+    if (*what == "alerts") {
+        if (!args.end()) return;
+        addStep(line, "show", [line](ScenarioRunner& r) {
+            r.show(line, "alerts", alertsText(r.desktop().shownAlerts()));
+        });
+        return;
+    }
+    if (*what == "menu" || *what == "icon" || *what == "window" || *what == "tab" ||
+        *what == "main-menu") {
+        if (!requireStarted(*this, args)) return;
+        std::optional<std::string> tab;
+        if (*what == "tab") {
+            auto t = args.bare("a tab");
+            if (!t) return;
+            const auto& ids = tabIdentifiers();
+            if (std::find(ids.begin(), ids.end(), *t) == ids.end())
+                return args.fail(inQuotes(*t) +
+                                 " is not a tab (general, apps, activity, help, about)");
+            tab = *t;
+        }
+        if (!args.end()) return;
+        std::string w = *what;
+        addStep(line, "show", [line, w, tab](ScenarioRunner& r) {
+            if (w == "menu") {
+                if (auto* item = statusItem(r, line))
+                    r.show(line, "menu", renderMenu(item->menuNeedsUpdate()));
+            } else if (w == "icon") {
+                if (!statusItem(r, line)) return;
+                const auto& icon = r.host()->icon();
+                r.show(line, "menu-bar icon", icon ? iconText(*icon) : "(none)\n");
+            } else if (w == "main-menu") {
+                if (!r.host()) return r.error(line, "Quelto is not running");
+                std::string s;
+                for (const MainMenuMenu& m : r.host()->mainMenu()) {
+                    s += (m.title.empty() ? std::string("Quelto") : m.title) + "\n";
+                    for (const MainMenuItem& item : m.items) {
+                        if (item.separator)
+                            s += "    ────────────────\n";
+                        else
+                            s += "    " + item.title +
+                                 (item.keyEquivalent.empty() ? "" : "  ⌘" + item.keyEquivalent) +
+                                 "\n";
+                    }
+                }
+                r.show(line, "main menu", s);
+            } else if (auto win = settingsWindow(r, line)) {
+                if (w == "window")
+                    r.show(line, "settings window", renderWindow(*win));
+                else
+                    r.show(line, "settings tab " + *tab, renderTab(*win, *tab));
+            }
+        });
+        return;
+    }
+    std::vector<std::string> whats = {"menu",      "icon",       "window", "tab",
+                                      "main-menu", "pasteboard", "alerts", "apps"};
+    std::string message =
+        "show takes menu, icon, window, tab TAB, main-menu, pasteboard, alerts or apps, not " +
+        inQuotes(*what);
+    if (auto near = closestWord(*what, whats))
+        message = "cannot show " + inQuotes(*what) + " (did you mean \"" + *near + "\"?)";
+    args.fail(message);
+}
+
+bool Parser::expectInterface(Args& args, bool negated, const std::string& subject) {
+    int line = args.line();
+    if (subject == "menu") {
+        if (!requireStarted(*this, args)) return true;
+        if (!args.accept("row")) {
+            args.fail("expect menu takes row \"TITLE\" [checked|unchecked|enabled|disabled]");
+            return true;
+        }
+        auto title = args.text("the row's title");
+        if (!title) return true;
+        std::optional<std::string> state;
+        if (!args.done()) {
+            auto s = args.bare("checked, unchecked, enabled or disabled");
+            if (!s) return true;
+            if (*s != "checked" && *s != "unchecked" && *s != "enabled" && *s != "disabled") {
+                args.fail("a menu row is checked, unchecked, enabled or disabled, not " +
+                          inQuotes(*s));
+                return true;
+            }
+            if (negated) {
+                args.fail("expect no menu row takes no state");
+                return true;
+            }
+            state = *s;
+        }
+        if (!args.end()) return true;
+        std::string t = *title;
+        addExpectation(line, [line, t, state, negated](ScenarioRunner& r) {
+            auto* item = statusItem(r, line);
+            if (!item) return;
+            std::vector<MenuRow> rows = item->menuNeedsUpdate();
+            const MenuRow* row = findRow(rows, t);
+            if (!row)
+                for (const MenuRow& parent : rows)
+                    if (!row) row = findRow(parent.submenu, t);
+            if (negated)
+                return r.check(line, !row,
+                               "expected no menu row " + inQuotes(t) + "; there is one");
+            if (!row)
+                return r.check(
+                    line, false,
+                    "expected a menu row " + inQuotes(t) + "; the menu has " + rowTitles(rows));
+            if (!state) return r.check(line, true, "");
+            bool holds = *state == "checked"     ? row->checked
+                         : *state == "unchecked" ? !row->checked
+                         : *state == "enabled"   ? row->enabled
+                                                 : !row->enabled;
+            std::string found = std::string(row->checked ? "checked" : "unchecked") + " and " +
+                                (row->enabled ? "enabled" : "disabled");
+            r.check(
+                line, holds,
+                "expected the menu row " + inQuotes(t) + " to be " + *state + "; it is " + found);
+        });
+        return true;
+    }
+    if (subject == "icon") {
+        if (!requireStarted(*this, args)) return true;
+        auto s = args.bare("active or paused");
+        if (!s) return true;
+        if (*s != "active" && *s != "paused") {
+            args.fail("the icon is active or paused, not " + inQuotes(*s));
+            return true;
+        }
+        if (negated) {
+            args.fail("write the icon's expected state rather than a negation");
+            return true;
+        }
+        if (!args.end()) return true;
+        std::string want = *s;
+        addExpectation(line, [line, want](ScenarioRunner& r) {
+            if (!statusItem(r, line)) return;
+            const auto& icon = r.host()->icon();
+            std::string found = icon ? icon->stateWord : "none";
+            r.check(line, found == want, "expected the " + want + " icon; it is " + found);
+        });
+        return true;
+    }
+    if (subject == "tooltip") {
+        if (!requireStarted(*this, args)) return true;
+        auto t = args.text("the tooltip");
+        if (!t || !args.end()) return true;
+        std::string want = *t;
+        addExpectation(line, [line, want, negated](ScenarioRunner& r) {
+            if (!statusItem(r, line)) return;
+            const auto& icon = r.host()->icon();
+            std::string found = icon ? icon->toolTip : "";
+            r.check(line, (found == want) != negated,
+                    (negated ? "expected a tooltip other than " : "expected the tooltip ") +
+                        inQuotes(want) + "; it is " + inQuotes(found));
+        });
+        return true;
+    }
+    if (subject == "settings") {
+        if (!requireStarted(*this, args)) return true;
+        std::optional<std::string> tab;
+        if (args.accept("tab")) {
+            auto t = args.bare("a tab");
+            if (!t) return true;
+            const auto& ids = tabIdentifiers();
+            if (std::find(ids.begin(), ids.end(), *t) == ids.end()) {
+                args.fail(inQuotes(*t) + " is not a tab (general, apps, activity, help, about)");
+                return true;
+            }
+            tab = *t;
+        }
+        auto text = args.text("the text to find");
+        if (!text || !args.end()) return true;
+        std::string want = *text;
+        addExpectation(line, [line, tab, want, negated](ScenarioRunner& r) {
+            auto w = settingsWindow(r, line);
+            if (!w) return;
+            std::string shown = tab ? renderTab(*w, *tab) : renderWindow(*w);
+            bool found = shown.find(want) != std::string::npos;
+            std::string where = tab ? "the " + *tab + " tab" : "the settings window";
+            r.check(line, found != negated,
+                    negated ? "expected " + where + " not to show " + inQuotes(want) + "; it does"
+                            : "expected " + where + " to show " + inQuotes(want) + "; it does not");
+        });
+        return true;
+    }
+    if (subject == "pasteboard") {
+        auto text = args.text("the text to find");
+        if (!text || !args.end()) return true;
+        std::string want = *text;
+        addExpectation(line, [line, want, negated](ScenarioRunner& r) {
+            const std::string& pb = r.desktop().pasteboardText();
+            bool found = pb.find(want) != std::string::npos;
+            r.check(line, found != negated,
+                    negated
+                        ? "expected the pasteboard not to hold " + inQuotes(want) + "; it does"
+                        : "expected the pasteboard to hold " + inQuotes(want) + "; it holds " +
+                              (pb.empty() ? std::string("nothing") : inQuotes(pb.substr(0, 80))));
+        });
+        return true;
+    }
+    if (subject == "alert") {
+        auto text = args.text("the text to find");
+        if (!text || !args.end()) return true;
+        std::string want = *text;
+        addExpectation(line, [line, want, negated](ScenarioRunner& r) {
+            bool found = false;
+            for (const AlertSpec& a : r.desktop().shownAlerts())
+                found = found || a.messageText.find(want) != std::string::npos ||
+                        a.informativeText.find(want) != std::string::npos;
+            r.check(line, found != negated,
+                    negated ? "expected no alert showing " + inQuotes(want) + "; one did"
+                            : "expected an alert showing " + inQuotes(want) + "; " +
+                                  std::to_string(r.desktop().shownAlerts().size()) +
+                                  " alerts were shown, none with it");
+        });
+        return true;
+    }
+    if (subject == "dock-icon") {
+        if (!requireStarted(*this, args)) return true;
+        if (!args.end()) return true;
+        addExpectation(line, [line, negated](ScenarioRunner& r) {
+            if (!r.host()) return r.error(line, "Quelto is not running");
+            bool shown = r.host()->activationPolicy() == ActivationPolicy::regular;
+            r.check(line, shown != negated,
+                    negated ? "expected no Dock icon; Quelto shows one"
+                            : "expected a Dock icon; Quelto shows none");
+        });
+        return true;
+    }
+    return false;
+}
+
+}  // namespace quelto::simtool
+
+namespace quelto::simtool {
+
+void Parser::installCommand(Args& args) {
+    auto path = args.word("the application's path, as in /Applications/Mail.app");
+    if (!path) return;
+    std::optional<std::string> bundle;
+    bool bundleGiven = false;
+    std::optional<std::string> name;
+    while (!args.done()) {
+        auto t = args.word("a bundle id or a display name");
+        if (!t) return;
+        if (t->quoted) {
+            name = t->text;
+        } else if (t->text == "no-bundle") {
+            bundleGiven = true;
+        } else if (!bundleGiven) {
+            bundle = t->text;
+            bundleGiven = true;
+        } else {
+            return args.fail("unexpected \"" + t->text + "\" — " + args.usage());
+        }
+    }
+    if (!args.end()) return;
+    std::string p = path->text;
+    if (!name) {
+        auto slash = p.find_last_of('/');
+        name = slash == std::string::npos ? p : p.substr(slash + 1);
+    }
+    std::string n = *name;
+    addStep(args.line(), "install",
+            [p, bundle, n](ScenarioRunner& r) { r.desktop().installApplication(p, bundle, n); });
+}
+
+void Parser::loginItemCommand(Args& args) {
+    auto w = args.bare("the login item's status, or fails");
+    if (!w) return;
+    int line = args.line();
+    if (*w == "fails") {
+        auto e = args.text("the error's description");
+        if (!e || !args.end()) return;
+        std::string error = *e;
+        addStep(line, "login-item",
+                [error](ScenarioRunner& r) { r.desktop().setLoginItemError(error); });
+        return;
+    }
+    LoginItem::Status status;
+    if (*w == "enabled")
+        status = LoginItem::Status::enabled;
+    else if (*w == "not-registered")
+        status = LoginItem::Status::notRegistered;
+    else if (*w == "requires-approval")
+        status = LoginItem::Status::requiresApproval;
+    else if (*w == "not-found")
+        status = LoginItem::Status::notFound;
+    else
+        return args.fail(
+            "the login item is enabled, not-registered, requires-approval or not-found, not " +
+            inQuotes(*w));
+    if (!args.end()) return;
+    addStep(line, "login-item",
+            [status](ScenarioRunner& r) { r.desktop().setLoginItemStatus(status); });
+}
+
+void Parser::alertAnswerCommand(Args& args) {
+    auto n = args.integer("a button number, as in 1000");
+    if (!n || !args.end()) return;
+    if (*n < 1000 || *n > 1010)
+        return args.fail("alert buttons are numbered from 1000 (the first)");
+    long answer = static_cast<long>(*n);
+    addStep(args.line(), "alert-answer",
+            [answer](ScenarioRunner& r) { r.desktop().queueAlertAnswer(answer); });
+}
+
+}  // namespace quelto::simtool

@@ -1,0 +1,174 @@
+#pragma once
+// The parser's working state, shared by the files that read the different groups of
+// commands: the scenario being built, the applications and windows declared so far, the
+// scenario's clock as the lines move it, and the word cursor of the current line.
+// Internal to the scenario reader.
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "sim/SimDesktop.h"
+#include "simtool/Scenario.h"
+#include "simtool/ScenarioParser.h"
+#include "simtool/ScenarioTokens.h"
+
+namespace quelto::simtool {
+
+class Parser;
+
+// The words of one line after its command, read left to right. The first problem is
+// reported (with the command's usage when that helps) and every later read then fails
+// quietly, so that one line gives one message.
+class Args {
+  public:
+    Args(Parser& parser, const std::vector<Token>& tokens, int line, const CommandHelp& help);
+
+    int line() const { return line_; }
+    const std::string& command() const { return help_.name; }
+    bool ok() const { return !failed_; }
+    bool done() const { return failed_ || next_ >= tokens_.size(); }
+
+    // The next word, if any, without taking it.
+    const Token* peek() const;
+    // Whether the next word is this keyword (unquoted).
+    bool peekIs(const std::string& keyword) const;
+    // Takes the next word when it is this keyword.
+    bool accept(const std::string& keyword);
+
+    // The next word, whatever it is; reports "{command} needs {what}" when there is none.
+    std::optional<Token> word(const std::string& what);
+    // The next word, which must not be quoted.
+    std::optional<std::string> bare(const std::string& what);
+    // The next word, which must be quoted (a title, a text).
+    std::optional<std::string> text(const std::string& what);
+    std::optional<double> duration(const std::string& what);
+    std::optional<Point> point(const std::string& what);
+    std::optional<Size> size(const std::string& what);
+    std::optional<long long> integer(const std::string& what);
+
+    // Reports that words remain.
+    bool end();
+    // Reports a problem with this line (once).
+    void fail(const std::string& message);
+    // "usage: {usage}".
+    std::string usage() const;
+
+  private:
+    Parser& parser_;
+    const std::vector<Token>& tokens_;
+    std::size_t next_ = 1;
+    int line_;
+    const CommandHelp& help_;
+    bool failed_ = false;
+};
+
+class Parser {
+  public:
+    explicit Parser(std::string file);
+    ParseResult parse(const std::string& text);
+
+    void error(int line, const std::string& message);
+
+    // ---- Declarations, as the lines so far have made them ----
+    struct DeclaredApp {
+        sim::AppSpec spec;
+        int line = 0;
+    };
+    // The application under a handle; reports an unknown one.
+    const DeclaredApp* knownApp(Args& args, const std::string& handle);
+    // An application handle followed by a quoted window title declared for it.
+    std::optional<std::pair<std::string, std::string>> windowRef(Args& args);
+    // Modifier words up to the end of the line.
+    std::optional<ModifierFlags> modifiers(Args& args);
+
+    void addStep(int line, const std::string& command, std::function<void(ScenarioRunner&)> run);
+    void addExpectation(int line, std::function<void(ScenarioRunner&)> run);
+
+    Scenario scenario;
+    std::map<std::string, DeclaredApp> apps;
+    std::map<std::string, std::set<std::string>> titles;
+    std::set<Pid> usedPids;
+    Pid nextPid = 101;
+    std::int64_t nowMicros = 0;  // the scenario's moment, from its start
+    int startLine = 0;
+    int clockLine = 0;
+    bool timeMoved = false;
+
+  private:
+    using Handler = void (Parser::*)(Args&);
+    struct Command {
+        CommandHelp help;
+        Handler handler;
+    };
+    static const std::vector<Command>& commands();
+    friend const std::vector<CommandHelp>& scenarioCommands();
+
+    void parseLine(const std::string& line, int lineNumber, const std::vector<std::string>& lines,
+                   std::size_t& index);
+    std::optional<std::string> configBlock(const std::vector<std::string>& lines,
+                                           std::size_t& index, int line);
+    sim::AppSpec appOptions(Args& args, const std::string& handle, const DeclaredApp* known);
+    std::optional<sim::CloseButtonSpec> closeButtonSpec(Args& args, sim::CloseButtonSpec base);
+
+    // The commands.
+    void clockCommand(Args& args);
+    void homeCommand(Args& args);
+    void queltoCommand(Args& args);
+    void accessibilityCommand(Args& args);
+    void configCommand(Args& args);
+    void appCommand(Args& args);
+    void launchCommand(Args& args);
+    void terminateCommand(Args& args);
+    void frontCommand(Args& args);
+    void quitResponseCommand(Args& args);
+    void windowCommand(Args& args);
+    void dialogCommand(Args& args);
+    void sheetCommand(Args& args);
+    void answerCommand(Args& args);
+    void closeCommand(Args& args);
+    void moveCommand(Args& args);
+    void resizeCommand(Args& args);
+    void focusCommand(Args& args);
+    void retitleCommand(Args& args);
+    void closeButtonCommand(Args& args);
+    void subroleCommand(Args& args);
+    void clickCommand(Args& args);
+    void rightClickCommand(Args& args);
+    void keyCommand(Args& args);
+    void injectCommand(Args& args);
+    void clearErrorsCommand(Args& args);
+    void waitCommand(Args& args);
+    void atCommand(Args& args);
+    void startCommand(Args& args);
+    void expectCommand(Args& args);  // ScenarioExpectations.cpp
+    void expectLog(Args& args, bool negated);
+    void expectJournal(Args& args);
+    void expectApp(Args& args, bool negated, const std::string& subject);
+    void expectWindow(Args& args);
+    void expectConfig(Args& args, bool negated);
+    // The interface's expectations (menu, icon, settings, pasteboard, alerts): false when
+    // `subject` is none of them.
+    bool expectInterface(Args& args, bool negated,
+                         const std::string& subject);  // ScenarioInterface.cpp
+    void menuCommand(Args& args);                      // ScenarioInterface.cpp
+    void settingsCommand(Args& args);                  // ScenarioInterface.cpp
+    void showCommand(Args& args);                      // ScenarioInterface.cpp
+    void installCommand(Args& args);                   // ScenarioInterface.cpp
+    void loginItemCommand(Args& args);                 // ScenarioInterface.cpp
+    void alertAnswerCommand(Args& args);               // ScenarioInterface.cpp
+
+    std::vector<Diagnostic> errors_;
+    std::string pendingConfigText_;
+};
+
+// The closest known word to a misspelt one, for "did you mean" hints; none when nothing is
+// close.
+std::optional<std::string> closestWord(const std::string& word,
+                                       const std::vector<std::string>& candidates);
+
+}  // namespace quelto::simtool

@@ -1,0 +1,317 @@
+#include "simtool/ScenarioRunner.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "app/AppController.h"
+#include "platform/BuildSettings.h"
+#include "platform/Platform.h"
+#include "settings/Activity.h"
+#include "settings/Config.h"
+#include "settings/HomeDirectory.h"
+#include "settings/Log.h"
+#include "simtool/RunReport.h"
+#include "simtool/ScenarioTokens.h"
+#include "simtool/ScenarioValues.h"
+#include "simtool/SimApplicationHost.h"
+
+namespace quelto::simtool {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::optional<std::string> readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return std::nullopt;
+    std::ostringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+bool startsWith(const std::string& s, const std::string& prefix) {
+    return s.compare(0, prefix.size(), prefix) == 0;
+}
+
+}  // namespace
+
+ScenarioRunner::ScenarioRunner(const Scenario& scenario) : scenario_(scenario) {}
+
+ScenarioRunner::~ScenarioRunner() {
+    // Quelto goes before the desktop it runs on.
+    controller_.reset();
+    host_.reset();
+    if (desktop_) {
+        Log::shared().drain();
+        Log::shared().setClock(nullptr);
+        installPlatform(Platform{});
+        desktop_.reset();
+    }
+}
+
+RunResult ScenarioRunner::run() {
+    home_ = homeDirectory();
+    const std::string name = fs::path(home_).filename().string();
+    if (home_.empty() || !startsWith(name, "quelto-") || !startsWith(Log::path(), home_ + "/") ||
+        !startsWith(Config::path(), home_ + "/")) {
+        error(0, "refusing to run outside a private temporary home (HOME is " + inQuotes(home_) +
+                     "): a run deletes Quelto’s log and configuration file");
+        result_.exitStatus = 2;
+        return result_;
+    }
+    result_.logPath = displayed(Log::path());
+    result_.configPath = displayed(Config::path());
+
+    desktop_ = std::make_unique<sim::SimDesktop>(scenario_.start, scenario_.utcOffsetSeconds);
+    desktop_->install();
+    Log::shared().drain();
+    Log::shared().setMirror([](const std::string&) {});
+    Log::shared().setClock(desktop_.get());
+    prepareFiles();
+    Activity::shared().reset();
+
+    desktop_->setBundleInfo("CFBundleIdentifier", std::string(build::bundleID));
+    desktop_->setBundleInfo("CFBundleShortVersionString", std::string(build::version));
+    desktop_->setBundleInfo("CFBundleVersion", std::string(build::buildNumber));
+    desktop_->setOwnPid(scenario_.ownPid);
+    sim::AppSpec own;
+    own.pid = scenario_.ownPid;
+    own.bundleID = std::string(build::bundleID);
+    own.name = "Quelto";
+    own.policy = ActivationPolicy::accessory;
+    desktop_->addApp(own);
+    declareApp("Quelto", own);
+
+    for (const Step& step : scenario_.steps) {
+        if (stopped_) break;
+        step.perform(*this);
+        if (stopped_) break;
+        desktop_->runDue();
+        if (host_ && host_->terminateRequested() && controller_) {
+            // Quelto has quit: its process ends, and the engine with it.
+            controller_.reset();
+            if (desktop_->isRunning(scenario_.ownPid)) desktop_->terminateApp(scenario_.ownPid);
+            desktop_->runDue();
+        }
+    }
+    result_.completed = !stopped_;
+    finish(result_);
+    return result_;
+}
+
+void ScenarioRunner::prepareFiles() {
+    std::error_code ec;
+    fs::remove(Config::path(), ec);
+    fs::remove(Log::path(), ec);
+    fs::create_directories(fs::path(Log::path()).parent_path(), ec);
+}
+
+void ScenarioRunner::finish(RunResult& result) {
+    std::vector<std::string> lines = logLines();
+    result.log.clear();
+    for (const std::string& l : lines) result.log += l + "\n";
+    result.journalLines = journalTable(Activity::shared().entries(), scenario_.utcOffsetSeconds);
+    result.config = readConfig();
+    if (result.config) *result.config = displayed(*result.config);
+    checkInvariants(result);
+    if (!result.completed)
+        result.exitStatus = 2;
+    else if (result.expectationsFailed > 0)
+        result.exitStatus = 1;
+    else
+        result.exitStatus = 0;
+}
+
+void ScenarioRunner::checkInvariants(RunResult& result) {
+    // Whatever the scenario says, Quelto asks politely, and never quits itself or a protected
+    // application.
+    for (const sim::QuitRequest& q : desktop_->quitRequests()) {
+        std::string who = "pid " + std::to_string(q.pid);
+        std::optional<std::string> bundle;
+        for (const auto& [handle, app] : apps_) {
+            if (std::find(app.pids.begin(), app.pids.end(), q.pid) != app.pids.end()) {
+                who = handle;
+                bundle = app.spec.bundleID;
+            }
+        }
+        std::string when = timeOfDay(q.at);
+        auto report = [&](const std::string& message) {
+            ++result.expectationsFailed;
+            result.diagnostics.push_back(
+                Diagnostic{scenario_.file, 0, Diagnostic::Kind::failed, message});
+        };
+        if (q.forced) report("Quelto forced " + who + " to quit at " + when + "; it must only ask");
+        if (q.pid == scenario_.ownPid) report("Quelto asked itself to quit at " + when);
+        if (bundle && neverQuitBundleIDs().count(*bundle))
+            report("Quelto asked " + who + " (" + *bundle + "), which is never quit, to quit at " +
+                   when);
+    }
+}
+
+// ---- Applications and windows ----
+
+ScenarioRunner::App* ScenarioRunner::app(const std::string& handle) {
+    auto it = apps_.find(handle);
+    return it == apps_.end() ? nullptr : &it->second;
+}
+
+void ScenarioRunner::declareApp(const std::string& handle, const sim::AppSpec& spec) {
+    App& a = apps_[handle];
+    a.handle = handle;
+    a.spec = spec;
+    if (std::find(a.pids.begin(), a.pids.end(), spec.pid) == a.pids.end())
+        a.pids.push_back(spec.pid);
+}
+
+std::vector<Pid> ScenarioRunner::pidsOf(const std::string& handle) const {
+    auto it = apps_.find(handle);
+    return it == apps_.end() ? std::vector<Pid>{} : it->second.pids;
+}
+
+std::optional<sim::ElementId> ScenarioRunner::applicationElementId(Pid pid) const {
+    sim::ElementId id = desktop_->applicationElementId(pid);
+    if (id == 0) return std::nullopt;
+    return id;
+}
+
+bool ScenarioRunner::isWindowOpen(const std::string& handle, const std::string& title) const {
+    auto it = windows_.find({handle, title});
+    if (it == windows_.end()) return false;
+    return desktop_->isElementAlive(it->second);
+}
+
+std::optional<sim::ElementId> ScenarioRunner::openWindow(int line, const std::string& handle,
+                                                         const std::string& title) {
+    auto it = windows_.find({handle, title});
+    if (it == windows_.end() || !desktop_->isElementAlive(it->second)) {
+        std::string message = handle + "’s window " + inQuotes(title) + " is not open";
+        if (it == windows_.end()) message += " (it was never opened)";
+        error(line, message);
+        return std::nullopt;
+    }
+    return it->second;
+}
+
+void ScenarioRunner::rememberWindow(const std::string& handle, const std::string& title,
+                                    sim::ElementId id, Rect frame) {
+    windows_[{handle, title}] = id;
+    frames_[id] = frame;
+}
+
+void ScenarioRunner::retitleWindow(const std::string& handle, const std::string& from,
+                                   const std::string& to) {
+    auto it = windows_.find({handle, from});
+    if (it == windows_.end()) return;
+    sim::ElementId id = it->second;
+    windows_.erase(it);
+    windows_[{handle, to}] = id;
+}
+
+std::optional<Rect> ScenarioRunner::windowFrame(sim::ElementId id) const {
+    auto it = frames_.find(id);
+    if (it == frames_.end()) return std::nullopt;
+    return it->second;
+}
+
+void ScenarioRunner::setWindowFrame(sim::ElementId id, Rect frame) {
+    frames_[id] = frame;
+}
+
+// ---- Time ----
+
+std::string ScenarioRunner::timeOfDay(Date date) const {
+    return formatTimeOfDay(date, scenario_.utcOffsetSeconds);
+}
+
+std::string ScenarioRunner::now() const {
+    return timeOfDay(desktop_->now());
+}
+
+// ---- Quelto ----
+
+void ScenarioRunner::startQuelto(int line) {
+    if (started_) return error(line, "Quelto is already running");
+    started_ = true;
+    const Pid own = scenario_.ownPid;
+    host_ = std::make_unique<SimApplicationHost>([this, own] {
+        if (desktop_->isRunning(own)) desktop_->setFrontmost(own);
+    });
+    controller_ = AppController::create(*host_);
+    controller_->applicationDidFinishLaunching();
+}
+
+// ---- Files ----
+
+void ScenarioRunner::writeConfig(const std::optional<std::string>& text) {
+    std::error_code ec;
+    if (!text) {
+        fs::remove(Config::path(), ec);
+        return;
+    }
+    fs::create_directories(Config::directory(), ec);
+    std::ofstream out(Config::path(), std::ios::binary | std::ios::trunc);
+    out << *text;
+}
+
+std::optional<std::string> ScenarioRunner::readConfig() const {
+    return readFile(Config::path());
+}
+
+std::vector<std::string> ScenarioRunner::logLines() {
+    Log::shared().drain();
+    std::vector<std::string> lines;
+    auto text = readFile(Log::path());
+    if (!text) return lines;
+    std::string shown = displayed(*text);
+    std::size_t start = 0;
+    while (start < shown.size()) {
+        auto nl = shown.find('\n', start);
+        if (nl == std::string::npos) {
+            lines.push_back(shown.substr(start));
+            break;
+        }
+        lines.push_back(shown.substr(start, nl - start));
+        start = nl + 1;
+    }
+    return lines;
+}
+
+std::string ScenarioRunner::displayed(const std::string& text) const {
+    if (home_.empty() || home_ == scenario_.displayHome) return text;
+    std::string out;
+    std::size_t start = 0;
+    while (true) {
+        auto at = text.find(home_, start);
+        if (at == std::string::npos) break;
+        out += text.substr(start, at - start) + scenario_.displayHome;
+        start = at + home_.size();
+    }
+    out += text.substr(start);
+    return out;
+}
+
+// ---- Outcome ----
+
+void ScenarioRunner::error(int line, const std::string& message) {
+    result_.diagnostics.push_back(
+        Diagnostic{scenario_.file, line, Diagnostic::Kind::error, message});
+    stopped_ = true;
+}
+
+void ScenarioRunner::check(int line, bool holds, const std::string& message) {
+    if (holds) {
+        ++result_.expectationsMet;
+        return;
+    }
+    ++result_.expectationsFailed;
+    result_.diagnostics.push_back(
+        Diagnostic{scenario_.file, line, Diagnostic::Kind::failed, message});
+}
+
+void ScenarioRunner::show(int line, const std::string& title, const std::string& text) {
+    result_.screens.push_back(Screen{line, now(), title, displayed(text)});
+}
+
+}  // namespace quelto::simtool
