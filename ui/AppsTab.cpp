@@ -47,8 +47,10 @@ MainWindowModel::ExcludeBox MainWindowModel::excludeBox(const AppRow& row) {
     ExcludeBox box;
     box.identifier = row.bundleID;
     if (row.excluded) {
+        // The user's own exclusion can always be taken back, even for a built-in
+        // identifier, whose protection then simply remains.
         box.checked = true;
-        box.enabled = !row.builtIn;
+        box.enabled = true;
     } else if (row.builtIn) {
         box.checked = true;
         box.enabled = false;
