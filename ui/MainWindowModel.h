@@ -77,7 +77,9 @@ class MainWindowModel {
     };
     static ExcludeBox excludeBox(const AppRow& row);
     static NameCell nameCell(const AppRow& row);
-    static const std::vector<TableColumn>& appsColumns();  // "name" 330, "exclude" 90
+    // "name" 330, "exclude" 90. The "exclude" box of a row sends
+    // `toggleExclusion(box.identifier, newState)`.
+    static const std::vector<TableColumn>& appsColumns();
     static constexpr double appsRowHeight = 26;
 
     // What the "Add App…" open panel shows.
@@ -153,7 +155,7 @@ class MainWindowModel {
     MainWindowModel& operator=(const MainWindowModel&) = delete;
 
     enum class Change {
-        all,       // every control (after refresh)
+        all,       // every control, both tables and the health checks (after refresh)
         tab,       // the selected tab
         apps,      // the Apps table was rebuilt
         appRow,    // one Apps row's `excluded` changed (no table reload)
@@ -206,7 +208,11 @@ class MainWindowModel {
     void checkForUpdates(UpdateButton* from);
 
     // Runs a parameterless action by its identifier (the `action` of a `ViewElement`):
-    // false when the identifier names none.
+    // "revealLog", "revealConfig", "openAccessibility", "copyDiagnostics", "emailSupport",
+    // "openHelpPage", "openSite", "openTerms", "openPrivacy". False for any other identifier;
+    // the controls with a state ("toggleLive", "changeQuitMode", "changeEscape",
+    // "toggleLoginItem"), "addApp" (open panel) and "checkForUpdates" (the pressed button)
+    // go to their own operations.
     bool perform(const std::string& action);
 
   private:
