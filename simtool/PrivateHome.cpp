@@ -1,6 +1,7 @@
 #include "simtool/PrivateHome.h"
 
 #include <stdlib.h>
+#include <unistd.h>
 #include <cstdlib>
 #include <filesystem>
 

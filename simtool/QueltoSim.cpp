@@ -106,8 +106,8 @@ std::string commandsText() {
         "expect [no] log \"TEXT\"            a log line contains TEXT",
         "expect [no] log line \"LINE\"       a log line is exactly LINE (timestamp included)",
         "expect log count N \"TEXT\"         exactly N log lines contain TEXT",
-        "expect journal [entry N] [app \"…\"] [bundle \"…\"] [cause \"…\"] [outcome \"…\"] [quit "
-        "yes|no] [left N]",
+        ("expect journal [entry N] [app \"…\"] [bundle \"…\"] [cause \"…\"] [outcome \"…\"] [quit "
+         "yes|no] [left N]"),
         "                                  the newest (or Nth newest) journal entry's fields",
         "expect journal size N | expect journal empty",
         "expect [not] running APP",
