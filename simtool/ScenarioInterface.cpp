@@ -73,6 +73,15 @@ void collectButtons(const std::vector<ViewElement>& elements, std::vector<std::s
     }
 }
 
+// "⌘,", "⌘H", "⇧⌘Z": a key equivalent as the menu shows it.
+std::string keyShown(const std::string& key) {
+    if (key.empty()) return "";
+    if (key.size() == 1 && key[0] >= 'A' && key[0] <= 'Z') return "⇧⌘" + key;
+    std::string k = key;
+    if (k.size() == 1 && k[0] >= 'a' && k[0] <= 'z') k[0] = static_cast<char>(k[0] - 'a' + 'A');
+    return "⌘" + k;
+}
+
 std::string iconText(const StatusIcon& icon) {
     return icon.fallbackTitle + " " + icon.imageName + ".png  tooltip " + inQuotes(icon.toolTip) +
            "\n";
@@ -392,9 +401,11 @@ void Parser::showCommand(Args& args) {
                         if (item.separator)
                             s += "    ────────────────\n";
                         else
-                            s += "    " + item.title +
-                                 (item.keyEquivalent.empty() ? "" : "  ⌘" + item.keyEquivalent) +
-                                 "\n";
+                            s +=
+                                "    " + item.title +
+                                (item.keyEquivalent.empty() ? ""
+                                                            : "  " + keyShown(item.keyEquivalent)) +
+                                "\n";
                     }
                 }
                 r.show(line, "main menu", s);
