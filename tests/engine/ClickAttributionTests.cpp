@@ -31,16 +31,17 @@ class ClickAttributionTest : public EngineTest {
         return addWindow(pid, spec);
     }
 
-    // A window whose close button is enabled on screen but was disabled when the watcher
-    // last read it, so that no frame is cached for it.
-    sim::ElementId uncachedWindow(Pid pid, const std::string& title) {
+    // A window whose close button the watcher reads as disabled, so that no frame is cached
+    // for it; enableOnScreen() later turns it on without the watcher noticing.
+    sim::ElementId disabledWindow(Pid pid, const std::string& title) {
         sim::WindowSpec spec;
         spec.title = title;
         spec.closeButton.enabled = false;
-        auto id = addWindow(pid, spec);
-        sim::CloseButtonSpec enabled;
-        desktop.setCloseButton(id, enabled);
-        return id;
+        return addWindow(pid, spec);
+    }
+
+    void enableOnScreen(sim::ElementId window) {
+        desktop.setCloseButton(window, sim::CloseButtonSpec{});
     }
 };
 
@@ -69,11 +70,12 @@ TEST_F(ClickAttributionTest, ACachedCloseButtonOfABackgroundApplicationIsMatched
 }
 
 TEST_F(ClickAttributionTest, AnUncachedCloseButtonOfABackgroundApplicationIsNotMatched) {
-    auto stale = uncachedWindow(textEdit, "Stale");
+    auto stale = disabledWindow(textEdit, "Stale");
     slowWindow(otherApp, "Elsewhere");
     desktop.setFrontmost(otherApp);
     startEngine();
     desktop.advance(10);
+    enableOnScreen(stale);
     ASSERT_EQ(watcherOf(textEdit)->closeButtonFrames().count(refOf(stale)), 0u);
 
     clickClose(stale);
@@ -83,11 +85,13 @@ TEST_F(ClickAttributionTest, AnUncachedCloseButtonOfABackgroundApplicationIsNotM
 }
 
 TEST_F(ClickAttributionTest, AnUncachedCloseButtonOfTheFrontmostApplicationIsReadLive) {
-    auto stale = uncachedWindow(textEdit, "Stale");
+    auto stale = disabledWindow(textEdit, "Stale");
     slowWindow(otherApp, "Elsewhere");
     desktop.setFrontmost(textEdit);
     startEngine();
     desktop.advance(10);
+    enableOnScreen(stale);
+    ASSERT_EQ(watcherOf(textEdit)->closeButtonFrames().count(refOf(stale)), 0u);
 
     clickClose(stale);
 
@@ -100,10 +104,11 @@ TEST_F(ClickAttributionTest, AnUncachedCloseButtonOfTheFrontmostApplicationIsRea
 }
 
 TEST_F(ClickAttributionTest, TheLivePassNeedsATrackedFrontmostApplication) {
-    auto stale = uncachedWindow(textEdit, "Stale");
+    auto stale = disabledWindow(textEdit, "Stale");
     desktop.setFrontmost(std::nullopt);
     startEngine();
     desktop.advance(10);
+    enableOnScreen(stale);
     clickClose(stale);
     EXPECT_TRUE(engine->recentClicks.empty());
     EXPECT_TRUE(takeLog().empty());
