@@ -1,0 +1,95 @@
+#include "bench/BusyDesktop.h"
+
+#include <string>
+
+#include "platform/Platform.h"
+#include "settings/Log.h"
+
+namespace quelto::bench {
+
+Point closeButtonCentre(const sim::SimDesktop& desktop, sim::ElementId window) {
+    Rect r = desktop.closeButtonFrame(window).value_or(Rect{});
+    return {r.origin.x + r.size.width / 2, r.origin.y + r.size.height / 2};
+}
+
+BusyDesktop::BusyDesktop(int apps, int windowsPerApp, bool frontmostWatched)
+    : desktop_(std::make_unique<sim::SimDesktop>()) {
+    sim::SimDesktop& d = *desktop_;
+    d.install();
+    d.setOwnPid(ownPid);
+
+    sim::AppSpec quelto;
+    quelto.pid = ownPid;
+    quelto.bundleID = "app.quelto.Quelto";
+    quelto.name = "Quelto";
+    quelto.policy = ActivationPolicy::accessory;
+    d.addApp(quelto);
+
+    sim::AppSpec accessory;
+    accessory.pid = accessoryPid;
+    accessory.bundleID = "com.example.Accessory";
+    accessory.name = "Accessory";
+    accessory.policy = ActivationPolicy::accessory;
+    d.addApp(accessory);
+
+    for (int a = 0; a < apps; ++a) {
+        sim::AppSpec spec;
+        spec.pid = firstPid + a;
+        spec.bundleID = "com.example.App" + std::to_string(a);
+        spec.name = "App " + std::to_string(a);
+        d.addApp(spec);
+        for (int w = 0; w < windowsPerApp; ++w) {
+            sim::WindowSpec window;
+            window.title = "Window " + std::to_string(w);
+            // 40 × 25 windows on a 50 × 30 grid: nothing overlaps, every button is distinct.
+            window.frame = Rect{{20.0 + 50.0 * w, 20.0 + 30.0 * a}, {40, 25}};
+            sim::ElementId id = d.addWindow(spec.pid, window, false);
+            if (a == apps - 1 && w == windowsPerApp - 1) hitWindow_ = id;
+        }
+    }
+    d.setFrontmost(frontmostWatched ? firstPid + apps - 1 : accessoryPid);
+
+    engine_ = Engine::create();
+    engine_->start();
+    // Long enough for every close-button read and retry chain to have finished.
+    d.advance(10);
+    hitPoint_ = closeButtonCentre(d, hitWindow_);
+    Log::shared().drain();
+}
+
+BusyDesktop::~BusyDesktop() {
+    // Quit checks hold the engine until they have run; let them finish before the desktop goes.
+    desktop_->install();
+    engine_.reset();
+    desktop_->advance(60);
+    Log::shared().drain();
+    desktop_.reset();
+    installPlatform(Platform{});
+}
+
+BusyDesktop& BusyDesktop::shared(bool frontmostWatched) {
+    static std::unique_ptr<BusyDesktop> plain;
+    static std::unique_ptr<BusyDesktop> watched;
+    std::unique_ptr<BusyDesktop>& slot = frontmostWatched ? watched : plain;
+    if (!slot) slot = std::make_unique<BusyDesktop>(50, 20, frontmostWatched);
+    slot->desktop().install();
+    slot->desktop().advance(5);
+    slot->engine().recentClicks.clear();
+    Log::shared().drain();
+    return *slot;
+}
+
+std::size_t BusyDesktop::cachedFrameCount() const {
+    std::size_t n = 0;
+    for (const auto& [pid, watcher] : engine_->watchers) n += watcher->closeButtonFrames().size();
+    return n;
+}
+
+std::vector<Rect> BusyDesktop::cachedFrames() const {
+    std::vector<Rect> out;
+    for (const auto& [pid, watcher] : engine_->watchers)
+        for (const auto& [window, frame] : watcher->closeButtonFrames()) out.push_back(frame);
+    return out;
+}
+
+}  // namespace quelto::bench
