@@ -2,6 +2,7 @@
 // configuration file must show at that moment of the run.
 
 #include <algorithm>
+#include <map>
 
 #include "settings/Activity.h"
 #include "simtool/ScenarioParserContext.h"
@@ -28,6 +29,25 @@ void Parser::expectCommand(Args& args) {
     auto subject =
         args.bare("what to expect (log, journal, running, asked-to-quit, window, config, …)");
     if (!subject) return;
+    static const std::map<std::string, std::string> usages = {
+        {"log", "expect [no] log [line] \"TEXT\" | expect log count N \"TEXT\""},
+        {"journal",
+         "expect journal [entry N] [app|bundle|cause|outcome \"TEXT\"] [quit yes|no] [left N] | "
+         "expect journal size N | expect journal empty"},
+        {"running", "expect [not] running APP"},
+        {"asked-to-quit", "expect [not] asked-to-quit APP"},
+        {"quit-requests", "expect quit-requests APP N"},
+        {"window", "expect window APP \"TITLE\" open|closed"},
+        {"config", "expect [no] config [line \"LINE\"]"},
+        {"menu", "expect [no] menu row \"TITLE\" [checked|unchecked|enabled|disabled]"},
+        {"icon", "expect icon active|paused"},
+        {"tooltip", "expect [not] tooltip \"TEXT\""},
+        {"settings", "expect [no] settings [tab TAB] \"TEXT\""},
+        {"pasteboard", "expect [no] pasteboard \"TEXT\""},
+        {"alert", "expect [no] alert \"TEXT\""},
+        {"dock-icon", "expect [no] dock-icon"},
+    };
+    if (auto u = usages.find(*subject); u != usages.end()) args.setUsage(u->second);
     if (*subject == "log") return expectLog(args, negated);
     if (*subject == "journal") {
         if (negated)
@@ -47,7 +67,7 @@ void Parser::expectCommand(Args& args) {
     if (!args.ok()) return;
     std::vector<std::string> subjects = {
         "log",  "journal", "running", "asked-to-quit", "quit-requests", "window", "config",
-        "menu", "icon",    "tooltip", "settings",      "pasteboard",    "alert"};
+        "menu", "icon",    "tooltip", "settings",      "pasteboard",    "alert",  "dock-icon"};
     std::string message = "unknown expectation " + inQuotes(*subject);
     if (auto near = closestWord(*subject, subjects))
         message += " (did you mean \"" + *near + "\"?)";
@@ -97,7 +117,8 @@ void Parser::expectLog(Args& args, bool negated) {
                 });
                 message += near != lines.end()
                                ? "closest is " + inQuotes(*near)
-                               : "no line of the " + plural(lines.size(), "line", "lines") + " is";
+                               : "none of the " + plural(lines.size(), "line", "lines") +
+                                     " is exactly that";
             } else {
                 message += "none of the " + plural(lines.size(), "line", "lines") + " has it";
             }

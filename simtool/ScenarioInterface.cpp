@@ -130,9 +130,10 @@ std::string desktopText(ScenarioRunner& r) {
     return s;
 }
 
-bool requireStarted(Parser& p, Args& args) {
+bool requireStarted(Parser& p, Args& args, const std::string& what = "") {
     if (p.startLine) return true;
-    args.fail(args.command() + " needs Quelto running: put start before it");
+    args.fail((what.empty() ? args.command() : what) +
+              " needs Quelto running: put start before it");
     return false;
 }
 
@@ -431,7 +432,7 @@ void Parser::showCommand(Args& args) {
 bool Parser::expectInterface(Args& args, bool negated, const std::string& subject) {
     int line = args.line();
     if (subject == "menu") {
-        if (!requireStarted(*this, args)) return true;
+        if (!requireStarted(*this, args, "expect " + subject)) return true;
         if (!args.accept("row")) {
             args.fail("expect menu takes row \"TITLE\" [checked|unchecked|enabled|disabled]");
             return true;
@@ -484,7 +485,7 @@ bool Parser::expectInterface(Args& args, bool negated, const std::string& subjec
         return true;
     }
     if (subject == "icon") {
-        if (!requireStarted(*this, args)) return true;
+        if (!requireStarted(*this, args, "expect " + subject)) return true;
         auto s = args.bare("active or paused");
         if (!s) return true;
         if (*s != "active" && *s != "paused") {
@@ -506,7 +507,7 @@ bool Parser::expectInterface(Args& args, bool negated, const std::string& subjec
         return true;
     }
     if (subject == "tooltip") {
-        if (!requireStarted(*this, args)) return true;
+        if (!requireStarted(*this, args, "expect " + subject)) return true;
         auto t = args.text("the tooltip");
         if (!t || !args.end()) return true;
         std::string want = *t;
@@ -521,7 +522,7 @@ bool Parser::expectInterface(Args& args, bool negated, const std::string& subjec
         return true;
     }
     if (subject == "settings") {
-        if (!requireStarted(*this, args)) return true;
+        if (!requireStarted(*this, args, "expect " + subject)) return true;
         std::optional<std::string> tab;
         if (args.accept("tab")) {
             auto t = args.bare("a tab");
@@ -581,7 +582,7 @@ bool Parser::expectInterface(Args& args, bool negated, const std::string& subjec
         return true;
     }
     if (subject == "dock-icon") {
-        if (!requireStarted(*this, args)) return true;
+        if (!requireStarted(*this, args, "expect " + subject)) return true;
         if (!args.end()) return true;
         addExpectation(line, [line, negated](ScenarioRunner& r) {
             if (!r.host()) return r.error(line, "Quelto is not running");

@@ -1,6 +1,7 @@
 #include "simtool/ScenarioParser.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <sstream>
 
@@ -105,7 +106,7 @@ bool Args::accept(const std::string& keyword) {
 }
 
 std::string Args::usage() const {
-    return "usage: " + help_.usage;
+    return "usage: " + (usage_.empty() ? help_.usage : usage_);
 }
 
 void Args::fail(const std::string& message) {
@@ -362,7 +363,7 @@ const std::vector<Parser::Command>& Parser::commands() {
           "Quelto starts: the log header, the template on a first run, the wait for "
           "Accessibility if it is missing, then the engine."},
          &Parser::startCommand},
-        {{"expect", "expect …",
+        {{"expect", "expect SUBJECT … (quelto-sim --commands lists them)",
           "An expectation; the run fails when it does not hold. See the list of expectations."},
          &Parser::expectCommand},
         {{"menu", "menu open | menu choose \"ROW\" [\"SUBMENU ROW\"]",
@@ -734,8 +735,9 @@ void Parser::appCommand(Args& args) {
     if (isKeyword(*handle) || *handle == "none" || *handle == "close")
         return args.fail(inQuotes(*handle) + " is a keyword and cannot name an app");
     sim::AppSpec spec = appOptions(args, *handle, nullptr);
-    if (!args.ok()) return;
+    // Known from here on even when the line is wrong, so that one mistake gives one message.
     apps[*handle] = DeclaredApp{spec, args.line()};
+    if (!args.ok()) return;
     usedPids.insert(spec.pid);
     std::string h = *handle;
     addStep(args.line(), "app", [h, spec](ScenarioRunner& r) {
@@ -1114,7 +1116,9 @@ void Parser::clickCommand(Args& args) {
     }
     bool onClose = args.accept("close");
     if (!onClose && !t->quoted && !apps.count(t->text) &&
-        (t->text.find(',') != std::string::npos || parseNumber(t->text)))
+        (t->text.find(',') != std::string::npos || parseNumber(t->text) ||
+         (!t->text.empty() &&
+          (std::isdigit(static_cast<unsigned char>(t->text[0])) || t->text[0] == '-'))))
         return args.fail(inQuotes(t->text) + " is not a screen point (as in 120,80)");
     auto ref = windowRef(args);
     if (!ref) return;

@@ -57,6 +57,8 @@ class Args {
     void fail(const std::string& message);
     // "usage: {usage}".
     std::string usage() const;
+    // A narrower usage for the rest of the line (an expectation's own form).
+    void setUsage(std::string usage) { usage_ = std::move(usage); }
 
   private:
     Parser& parser_;
@@ -64,6 +66,7 @@ class Args {
     std::size_t next_ = 1;
     int line_;
     const CommandHelp& help_;
+    std::string usage_;
     bool failed_ = false;
 };
 
