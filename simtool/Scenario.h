@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/Types.h"
+#include "platform/Workspace.h"
 
 namespace quelto::simtool {
 
@@ -43,6 +44,7 @@ struct Scenario {
     std::string displayHome = "/Users/you";
     // This program's own process.
     Pid ownPid = 99;
+    ActivationPolicy ownPolicy = ActivationPolicy::accessory;
     std::vector<Step> steps;
     int expectationCount = 0;
 };

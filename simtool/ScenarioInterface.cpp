@@ -8,6 +8,7 @@
 #include "app/AppController.h"
 #include "app/MenuRendering.h"
 #include "app/StatusItemModel.h"
+#include "platform/BuildSettings.h"
 #include "simtool/ScenarioParserContext.h"
 #include "simtool/ScenarioRunner.h"
 #include "simtool/ScenarioValues.h"
@@ -97,7 +98,8 @@ std::string alertsText(const std::vector<AlertSpec>& alerts) {
         std::size_t start = 0;
         while (start <= info.size() && !info.empty()) {
             auto nl = info.find('\n', start);
-            s += "   " + info.substr(start, nl == std::string::npos ? nl : nl - start) + "\n";
+            std::string l = info.substr(start, nl == std::string::npos ? nl : nl - start);
+            s += (l.empty() ? std::string() : "   " + l) + "\n";
             if (nl == std::string::npos) break;
             start = nl + 1;
         }
@@ -669,6 +671,28 @@ void Parser::alertAnswerCommand(Args& args) {
     long answer = static_cast<long>(*n);
     addStep(args.line(), "alert-answer",
             [answer](ScenarioRunner& r) { r.desktop().queueAlertAnswer(answer); });
+}
+
+void Parser::updateReplyCommand(Args& args) {
+    int line = args.line();
+    HttpResult reply;
+    if (args.accept("unreachable")) {
+        auto e = args.text("the network error's description");
+        if (!e || !args.end()) return;
+        reply.transportError = *e;
+    } else {
+        auto status = args.integer("an HTTP status, as in 200");
+        if (!status) return;
+        if (*status < 100 || *status > 599)
+            return args.fail("an HTTP status is between 100 and 599");
+        auto body = args.text("the reply's body");
+        if (!body || !args.end()) return;
+        reply.statusCode = static_cast<int>(*status);
+        reply.body = *body;
+    }
+    addStep(line, "update-reply", [reply](ScenarioRunner& r) {
+        r.desktop().setHttpReply(std::string(build::siteURL) + "/api/latest", reply);
+    });
 }
 
 }  // namespace quelto::simtool

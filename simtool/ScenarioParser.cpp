@@ -284,7 +284,9 @@ const std::vector<Parser::Command>& Parser::commands() {
         {{"home", "home PATH",
           "How the private home folder is shown in what is printed (default /Users/you)."},
          &Parser::homeCommand},
-        {{"quelto", "quelto pid N", "Quelto's own process id (default 99)."},
+        {{"quelto", "quelto [pid N] [regular|accessory]",
+          "Quelto's own process: its id (default 99), and whether it shows in the Dock "
+          "(accessory unless given)."},
          &Parser::queltoCommand},
         {{"accessibility", "accessibility granted|missing",
           "Whether Quelto has Accessibility access; after start, the user granting or "
@@ -349,9 +351,10 @@ const std::vector<Parser::Command>& Parser::commands() {
          &Parser::rightClickCommand},
         {{"key", "key KEY [MODIFIERS]", "A key press (Quelto never sees it)."},
          &Parser::keyCommand},
-        {{"inject", "inject APP \"TITLE\"|app ATTRIBUTE ERROR [N times|always]",
-          "The next read(s) of an Accessibility attribute of the window (or of the app) fail "
-          "with the error (a name such as cannotComplete, or a code such as -25204)."},
+        {{"inject", "inject APP \"TITLE\" [close-button]|app ATTRIBUTE ERROR [N times|always]",
+          "The next read(s) of an Accessibility attribute of the window (of its close button, "
+          "or of the app) fail with the error (a name such as cannotComplete, or a code such "
+          "as -25204). The attribute * stands for every attribute."},
          &Parser::injectCommand},
         {{"clear-errors", "clear-errors", "Injected Accessibility errors stop."},
          &Parser::clearErrorsCommand},
@@ -387,6 +390,10 @@ const std::vector<Parser::Command>& Parser::commands() {
           "\"ERROR\"",
           "The login item's status, or the next change of it failing with this error."},
          &Parser::loginItemCommand},
+        {{"update-reply", "update-reply STATUS \"BODY\" | update-reply unreachable \"ERROR\"",
+          "How the product site answers the next update checks: an HTTP status and body, or a "
+          "network error."},
+         &Parser::updateReplyCommand},
         {{"alert-answer", "alert-answer 1000|1001|…",
           "The next alert is answered with this button (1000 is the first)."},
          &Parser::alertAnswerCommand},
@@ -542,21 +549,31 @@ void Parser::homeCommand(Args& args) {
 }
 
 void Parser::queltoCommand(Args& args) {
-    if (!args.accept("pid")) {
-        if (args.done()) return void(args.word("pid N"));
-        return args.fail("unexpected \"" + args.peek()->text + "\" — " + args.usage());
+    if (args.done()) return void(args.word("pid N, regular or accessory"));
+    if (startLine) return args.fail("quelto must come before start");
+    while (!args.done()) {
+        auto w = args.bare("pid N, regular or accessory");
+        if (!w) return;
+        if (*w == "pid") {
+            auto pid = args.integer("Quelto's process id");
+            if (!pid) return;
+            if (*pid < 1 || *pid > 99999999)
+                return args.fail("Quelto's process id must be above 0");
+            Pid old = scenario.ownPid;
+            if (*pid != old && usedPids.count(static_cast<Pid>(*pid)))
+                return args.fail("pid " + std::to_string(*pid) + " is already taken");
+            usedPids.erase(old);
+            scenario.ownPid = static_cast<Pid>(*pid);
+            usedPids.insert(scenario.ownPid);
+            apps["Quelto"].spec.pid = scenario.ownPid;
+        } else if (*w == "regular" || *w == "accessory") {
+            scenario.ownPolicy =
+                *w == "regular" ? ActivationPolicy::regular : ActivationPolicy::accessory;
+            apps["Quelto"].spec.policy = scenario.ownPolicy;
+        } else {
+            return args.fail("unexpected \"" + *w + "\" — " + args.usage());
+        }
     }
-    auto pid = args.integer("Quelto's process id");
-    if (!pid || !args.end()) return;
-    if (startLine) return args.fail("Quelto's pid must be set before start");
-    if (*pid < 1 || *pid > 99999999) return args.fail("Quelto's process id must be above 0");
-    Pid old = scenario.ownPid;
-    if (*pid != old && usedPids.count(static_cast<Pid>(*pid)))
-        return args.fail("pid " + std::to_string(*pid) + " is already taken");
-    usedPids.erase(old);
-    scenario.ownPid = static_cast<Pid>(*pid);
-    usedPids.insert(scenario.ownPid);
-    apps["Quelto"].spec.pid = scenario.ownPid;
 }
 
 void Parser::accessibilityCommand(Args& args) {
@@ -1141,6 +1158,12 @@ void Parser::clickCommand(Args& args) {
             at = Point{f.origin.x + f.size.width / 2, f.origin.y + f.size.height / 2};
         }
         r.desktop().click(at, flags);
+        // A click in a window's content brings its application to the front; a click on a
+        // close button does not (the buttons of inactive windows work in place).
+        if (!onClose) {
+            if (auto* app = r.app(ref->first); app && r.desktop().isRunning(app->spec.pid))
+                r.desktop().setFrontmost(app->spec.pid);
+        }
     });
 }
 
@@ -1178,6 +1201,7 @@ void Parser::injectCommand(Args& args) {
                              " declared before this line");
         title = *t;
     }
+    bool onButton = title && args.accept("close-button");
     auto attribute = args.bare("an attribute, as in AXCloseButton");
     if (!attribute) return;
     auto errWord = args.bare("an Accessibility error");
@@ -1204,12 +1228,14 @@ void Parser::injectCommand(Args& args) {
     std::string h = *handle, attr = *attribute;
     AXError e = *err;
     int line = args.line();
-    addStep(line, "inject", [h, title, attr, e, times, line](ScenarioRunner& r) {
+    addStep(line, "inject", [h, title, onButton, attr, e, times, line](ScenarioRunner& r) {
         sim::ElementId target = 0;
         if (title) {
             auto id = r.openWindow(line, h, *title);
             if (!id) return;
-            target = *id;
+            target = onButton ? r.desktop().closeButtonOf(*id) : *id;
+            if (target == 0)
+                return r.error(line, h + "’s window " + inQuotes(*title) + " has no close button");
         } else {
             auto pid = runningPid(r, line, h);
             if (!pid) return;

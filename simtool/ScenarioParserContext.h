@@ -164,6 +164,7 @@ class Parser {
     void installCommand(Args& args);                   // ScenarioInterface.cpp
     void loginItemCommand(Args& args);                 // ScenarioInterface.cpp
     void alertAnswerCommand(Args& args);               // ScenarioInterface.cpp
+    void updateReplyCommand(Args& args);               // ScenarioInterface.cpp
 
     std::vector<Diagnostic> errors_;
     std::string pendingConfigText_;

@@ -80,7 +80,7 @@ RunResult ScenarioRunner::run() {
     own.pid = scenario_.ownPid;
     own.bundleID = std::string(build::bundleID);
     own.name = "Quelto";
-    own.policy = ActivationPolicy::accessory;
+    own.policy = scenario_.ownPolicy;
     desktop_->addApp(own);
     declareApp("Quelto", own);
 
