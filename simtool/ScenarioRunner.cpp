@@ -209,6 +209,12 @@ void ScenarioRunner::retitleWindow(const std::string& handle, const std::string&
     windows_[{handle, to}] = id;
 }
 
+std::optional<std::string> ScenarioRunner::windowTitle(sim::ElementId id) const {
+    for (const auto& [key, window] : windows_)
+        if (window == id) return key.second;
+    return std::nullopt;
+}
+
 std::optional<Rect> ScenarioRunner::windowFrame(sim::ElementId id) const {
     auto it = frames_.find(id);
     if (it == frames_.end()) return std::nullopt;

@@ -87,6 +87,8 @@ class ScenarioRunner {
     std::optional<Rect> windowFrame(sim::ElementId id) const;
     void setWindowFrame(sim::ElementId id, Rect frame);
     bool isWindowOpen(const std::string& handle, const std::string& title) const;
+    // The title the scenario last gave a window.
+    std::optional<std::string> windowTitle(sim::ElementId id) const;
 
     // The Accessibility element of a running application, as a desktop element id.
     std::optional<sim::ElementId> applicationElementId(Pid pid) const;
