@@ -4,8 +4,7 @@ namespace quelto::simtool {
 
 // The same text as scenarios/session.scn, word for word (a test holds the two together).
 const std::string& builtinSessionText() {
-    static const std::string text =
-        R"SCN(# A day with Quelto: the session quelto-sim runs when it is given no scenario.
+    static const std::string text = R"SCN(# A day with Quelto: the session quelto-sim runs when it is given no scenario.
 #
 # Ada starts her Mac on a Monday morning. Quelto starts at login with the settings she made
 # weeks ago (every app armed, Music excluded, shift as the escape key) and spends the day
@@ -131,12 +130,22 @@ expect log "Mail (com.apple.mail)  2 windows closed  ←  red dot"
 expect log "Mail quit cleanly"
 expect not running Mail
 
+# 15:05 — back to normal: the red dot on Safari's only window quits it.
+at 15:02
+window Safari "Apple Developer" at 480,360 size 1000x700
+at 15:05
+click close Safari "Apple Developer"
+wait 3
+expect journal app "Safari" cause "red dot" outcome "quitting" quit yes
+expect not running Safari
+
 # 17:30 — end of the day: a look at the menu-bar menu.
 at 17:30
-front Safari
+front Finder
 menu open
+expect menu row "   15:05  Safari — quit" disabled
 expect menu row "   13:15  Mail — quit" disabled
-expect journal size 9
+expect journal size 10
 )SCN";
     return text;
 }

@@ -75,7 +75,7 @@ TEST(QueltoSimCommandLine, WithNoArgumentsTheSessionRunsAndPrintsLogJournalAndCo
           "→ no action (shift held — close without quitting)", "→ dry run (live = false)",
           "it declined the quit. Left alone.", "quit cleanly"})
         EXPECT_NE(r.out.find(line), std::string::npos) << line;
-    EXPECT_EQ(r.err, "session.scn: all 34 expectations held\n");
+    EXPECT_EQ(r.err, "session.scn: all 40 expectations held\n");
 }
 
 TEST(QueltoSimCommandLine, QuietPrintsNothingWhenAllIsWell) {
