@@ -982,7 +982,17 @@ void Parser::dialogCommand(Args& args) {
         auto pid = runningPid(r, line, h);
         if (!pid) return;
         sim::ElementId id = r.desktop().showDialog(*pid, subrole, t);
-        r.rememberWindow(h, t, id, Rect{{300, 250}, {420, 160}});
+        // The desktop places its dialogs itself; their frame is read once, as they open,
+        // before any error the scenario injects later could be used up by the read.
+        Rect frame{{400, 300}, {420, 180}};
+        auto element = r.desktop().element(id);
+        std::optional<AXValue> position, size;
+        if (element && element->copyAttributeValue("AXPosition", position).isSuccess() &&
+            element->copyAttributeValue("AXSize", size).isSuccess() && position && size) {
+            if (const Point* p = position->get<Point>()) frame.origin = *p;
+            if (const Size* z = size->get<Size>()) frame.size = *z;
+        }
+        r.rememberWindow(h, t, id, frame);
     });
 }
 
