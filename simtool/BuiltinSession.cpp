@@ -4,7 +4,8 @@ namespace quelto::simtool {
 
 // The same text as scenarios/session.scn, word for word (a test holds the two together).
 const std::string& builtinSessionText() {
-    static const std::string text = R"SCN(# A day with Quelto: the session quelto-sim runs when it is given no scenario.
+    static const std::string text =
+        R"SCN(# A day with Quelto: the session quelto-sim runs when it is given no scenario.
 #
 # Ada starts her Mac on a Monday morning. Quelto starts at login with the settings she made
 # weeks ago (every app armed, Music excluded, shift as the escape key) and spends the day
