@@ -48,7 +48,7 @@ struct AppSpec {
     // or decline and keep running.
     bool declinesQuit = false;
     double quitDelay = 0.5;
-    // Whether the application terminates itself when its last window closes.
+    // Whether the application terminates itself (0.1 s later) when its last window closes.
     bool quitsWithLastWindow = false;
     // AXObserverCreate fails for this process with this error (0: it succeeds).
     AXError observerError = axerror::success;
@@ -96,8 +96,9 @@ class SimDesktop final : public Accessibility,
     void addApp(const AppSpec& spec);
     // Launches an application: it starts running and the launch notification is delivered.
     void launchApp(const AppSpec& spec);
-    // The application terminates (by itself or after a quit request): its windows are
-    // destroyed, and the termination notification is delivered.
+    // The application terminates (by itself or after a quit request): its windows vanish
+    // without destroyed notifications (as when a process goes), its elements read as
+    // invalid, and the termination notification is delivered.
     void terminateApp(Pid pid);
     void setFrontmost(std::optional<Pid> pid);
     void setOwnPid(Pid pid);
@@ -107,14 +108,15 @@ class SimDesktop final : public Accessibility,
     // ---- Windows and other elements ----
     // Adds a window; unless `notify` is false, "AXWindowCreated" goes to the app's observers.
     ElementId addWindow(Pid pid, const WindowSpec& spec, bool notify = true);
-    // Destroys an element ("AXUIElementDestroyed" to its observers); later reads of it fail
-    // with invalid-element.
+    // Destroys a window, dialog or sheet ("AXUIElementDestroyed" to its observers); later
+    // reads of it (and of a window's close button and sheets) fail with invalid-element.
     void destroyWindow(ElementId window);
     void moveWindow(ElementId window, Point origin);  // "AXWindowMoved"
     void resizeWindow(ElementId window, Size size);   // "AXWindowResized"
     void focusWindow(ElementId window);               // "AXFocusedWindowChanged" on the app
     // A sheet (role "AXSheet") attached to a window as a child; answering it removes it and,
-    // when `closesWindow`, closes the window.
+    // when `closesWindow`, closes the window after its close delay. While a sheet is up the
+    // window's close button does nothing.
     ElementId showSheet(ElementId window);
     void answerSheet(ElementId window, bool closesWindow);
     // A dialog window of the application (role "AXWindow", subrole e.g. "AXDialog").

@@ -325,6 +325,16 @@ ElementId SimDesktop::addWindow(Pid pid, const WindowSpec& spec, bool notify) {
 
 void SimDesktop::destroyWindow(ElementId window) {
     State& s = *state_;
+    if (Element* sheet = s.find(window);
+        sheet && sheet->alive && sheet->kind == ElementKind::sheet) {
+        if (Element* parent = s.find(sheet->parent)) {
+            auto& list = parent->sheets;
+            list.erase(std::remove(list.begin(), list.end(), window), list.end());
+        }
+        sheet->alive = false;
+        s.post(window, "AXUIElementDestroyed", window);
+        return;
+    }
     Element* w = s.liveWindow(window);
     if (!w) return;
     Pid pid = w->pid;

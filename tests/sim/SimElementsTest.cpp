@@ -130,6 +130,25 @@ TEST_F(SimElements, ChildrenHoldTheCloseButtonAndSheets) {
     EXPECT_FALSE(desktop.isElementAlive(sheet));
 }
 
+TEST_F(SimElements, DestroyingASheetTakesItOffItsWindow) {
+    ElementId w = desktop.addWindow(42, WindowSpec{});
+    ElementId sheet = desktop.showSheet(w);
+    desktop.destroyWindow(sheet);
+    EXPECT_FALSE(desktop.isElementAlive(sheet));
+    EXPECT_TRUE(desktop.isElementAlive(w));
+    std::optional<AXValue> v;
+    ASSERT_EQ(read(desktop.element(w), "AXChildren", v), axerror::success);
+    EXPECT_EQ(v->get<AXArray>()->size(), 1u);
+    EXPECT_EQ(read(desktop.element(sheet), "AXRole", v), axerror::invalidUIElement);
+}
+
+TEST_F(SimElements, DestroyingAWindowTakesItsSheetsAlong) {
+    ElementId w = desktop.addWindow(42, WindowSpec{});
+    ElementId sheet = desktop.showSheet(w);
+    desktop.destroyWindow(w);
+    EXPECT_FALSE(desktop.isElementAlive(sheet));
+}
+
 TEST_F(SimElements, DestroyedElementsFailWithInvalidElement) {
     ElementId w = desktop.addWindow(42, WindowSpec{});
     AXElement e = desktop.element(w);

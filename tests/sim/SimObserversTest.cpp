@@ -177,3 +177,57 @@ TEST_F(SimObservers, TerminationRemovesWindowsWithoutNotifications) {
 
 }  // namespace
 }  // namespace quelto::sim
+
+namespace quelto::sim {
+namespace {
+
+// The same session twice gives the same trace of deliveries, byte for byte.
+std::vector<std::string>* trace = nullptr;
+
+void traced(AXObserver&, const AXElement& element, const std::string& notification, void* refcon) {
+    std::optional<AXValue> title;
+    element->copyAttributeValue("AXTitle", title);
+    const std::string* text = title ? title->get<std::string>() : nullptr;
+    trace->push_back(notification + " " + (text ? *text : "<gone>") + " " +
+                     std::to_string(reinterpret_cast<std::uintptr_t>(refcon)));
+}
+
+std::vector<std::string> session() {
+    std::vector<std::string> lines;
+    trace = &lines;
+    SimDesktop d(Date{0});
+    d.addApp(testing::app(5, "Five"));
+    AXError error;
+    auto observer = d.createObserver(5, &traced, error);
+    observer->addRunLoopSourceToMainRunLoop();
+    observer->addNotification(d.applicationElement(5), "AXWindowCreated",
+                              reinterpret_cast<void*>(1));
+    observer->addNotification(d.applicationElement(5), "AXFocusedWindowChanged",
+                              reinterpret_cast<void*>(2));
+    ElementId a = d.addWindow(5, testing::window("a"));
+    ElementId b = d.addWindow(5, testing::window("b", Rect{{900, 0}, {100, 100}}));
+    for (ElementId w : {a, b}) {
+        observer->addNotification(d.element(w), "AXUIElementDestroyed", reinterpret_cast<void*>(3));
+        observer->addNotification(d.element(w), "AXWindowMoved", reinterpret_cast<void*>(4));
+    }
+    d.moveWindow(b, Point{800, 0});
+    d.focusWindow(a);
+    d.click(d.closeButtonFrame(b)->origin);
+    d.advance(1);
+    d.destroyWindow(a);
+    d.advance(1);
+    trace = nullptr;
+    return lines;
+}
+
+TEST(SimDeterminism, SameSessionSameDeliveries) {
+    auto first = session();
+    EXPECT_EQ(first, session());
+    EXPECT_EQ(first, (std::vector<std::string>{"AXWindowCreated a 1", "AXWindowCreated b 1",
+                                               "AXWindowMoved b 4", "AXFocusedWindowChanged a 2",
+                                               "AXUIElementDestroyed <gone> 3",
+                                               "AXUIElementDestroyed <gone> 3"}));
+}
+
+}  // namespace
+}  // namespace quelto::sim
