@@ -104,6 +104,7 @@ BENCHMARK(BM_Reads_Refresh)->Iterations(1);
 void BM_Reads_CloseDecision(benchmark::State& state) {
     BusyDesktop busy(apps, windowsPerApp);
     sim::SimDesktop& desktop = busy.desktop();
+    writeConfigFile(liveAllLastWindow);
     sim::AppSpec app;
     app.pid = 5001;
     app.bundleID = "com.example.Closing";

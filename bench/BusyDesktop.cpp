@@ -1,11 +1,20 @@
 #include "bench/BusyDesktop.h"
 
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "platform/Platform.h"
+#include "settings/Config.h"
 #include "settings/Log.h"
 
 namespace quelto::bench {
+
+void writeConfigFile(const std::string& text) {
+    std::filesystem::create_directories(Config::directory());
+    std::ofstream out(Config::path(), std::ios::binary | std::ios::trunc);
+    out << text;
+}
 
 Point closeButtonCentre(const sim::SimDesktop& desktop, sim::ElementId window) {
     Rect r = desktop.closeButtonFrame(window).value_or(Rect{});

@@ -4,6 +4,7 @@
 // be measured against exactly the state a real click meets.
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "engine/Engine.h"
@@ -55,6 +56,12 @@ class BusyDesktop {
     Point hitPoint_;
     sim::ElementId hitWindow_ = 0;
 };
+
+// Writes the configuration file the engine reads at each decision.
+void writeConfigFile(const std::string& text);
+
+// The configuration the decision benchmarks use: quitting on, every app armed, last-window.
+inline const char* const liveAllLastWindow = "live = true\nmode = last-window\narm = *\n";
 
 // The centre of a window's close button on the desktop.
 Point closeButtonCentre(const sim::SimDesktop& desktop, sim::ElementId window);

@@ -18,6 +18,7 @@ namespace {
 void BM_CloseDecision(benchmark::State& state) {
     BusyDesktop busy(50, 20);
     sim::SimDesktop& desktop = busy.desktop();
+    writeConfigFile(liveAllLastWindow);
     Pid next = 5001;
     std::size_t requested = desktop.quitRequests().size();
 

@@ -4,20 +4,13 @@
 
 #include <benchmark/benchmark.h>
 
-#include <filesystem>
-#include <fstream>
 #include <string>
 
+#include "bench/BusyDesktop.h"
 #include "settings/Config.h"
 
 namespace quelto::bench {
 namespace {
-
-void writeConfigFile(const std::string& text) {
-    std::filesystem::create_directories(Config::directory());
-    std::ofstream out(Config::path(), std::ios::binary | std::ios::trunc);
-    out << text;
-}
 
 // A 200-line file as a user might grow it: comments, blank lines, every key in assorted
 // spellings, dozens of armed and excluded applications, and a few lines that mean nothing.
