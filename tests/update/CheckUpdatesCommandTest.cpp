@@ -82,8 +82,8 @@ TEST(CheckUpdatesCommand, UpToDateWithTheSecondButtonAsked) {
 
 TEST(CheckUpdatesCommand, FailureNamesTheSiteAndOpensItsChangelog) {
     LoopbackServer server(LoopbackServer::always({404, {}, "no such page"}));
-    CommandRun r = run({"--site", server.baseURL(), "--build", "1.2.3", "--version", "1.1", "--host",
-                 "example.test", "--answer", "1001"});
+    CommandRun r = run({"--site", server.baseURL(), "--build", "1.2.3", "--version", "1.1",
+                        "--host", "example.test", "--answer", "1001"});
     EXPECT_EQ(r.code, 0);
     EXPECT_EQ(withoutTimestamps(r.out),
               "log: checking for updates (this build is 1.1, build 0)\n"
