@@ -23,6 +23,12 @@ class ClickMonitor : public std::enable_shared_from_this<ClickMonitor> {
     // Called once per left mouse-down while installed; empty by default.
     Callback onClick;
 
+    ClickMonitor() = default;
+    ClickMonitor(const ClickMonitor&) = delete;
+    ClickMonitor& operator=(const ClickMonitor&) = delete;
+    // Releasing the monitor takes its handler off the platform, like every other observer.
+    ~ClickMonitor() { stop(); }
+
     // Installs the global monitor. A second call installs another one and keeps only the new
     // token; the engine calls it exactly once.
     void start();
