@@ -1,6 +1,6 @@
 #pragma once
 // The built-in session: a realistic day with Quelto, run by quelto-sim with no arguments.
-// The same text ships as scenarios/session.scn, where it also runs as a test.
+// Its text is scenarios/session.scn, compiled in; the file also runs as a test.
 
 #include <string>
 
