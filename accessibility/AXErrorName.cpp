@@ -22,8 +22,11 @@ std::string AXError::name() const {
             return "apiDisabled";
         case -25212:
             return "noValue";
-        default:
-            return "error " + std::to_string(code);
+        default: {
+            std::string text = "error ";
+            text += std::to_string(code);
+            return text;
+        }
     }
 }
 

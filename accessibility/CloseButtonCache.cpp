@@ -130,9 +130,9 @@ std::optional<WindowRef> AppWatcher::closeButtonHit(Point at) const {
 }
 
 std::optional<WindowRef> AppWatcher::liveCloseButtonHit(Point at) {
-    // A snapshot: the refreshes below change the cache, never the set of watched windows.
-    std::vector<WindowRef> windows(watchedWindows_.begin(), watchedWindows_.end());
-    for (const WindowRef& ref : windows) {
+    // The refreshes below change the cache, never the set of watched windows, so the walk
+    // needs no copy: a click that only misses cached frames stays free of allocations.
+    for (const WindowRef& ref : watchedWindows_) {
         if (frames_.count(ref)) continue;  // the cached test already covered it
         auto miss = misses_.find(ref);
         if (miss != misses_.end() && miss->second.kind == CloseButtonMiss::Kind::unsupported)

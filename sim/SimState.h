@@ -15,6 +15,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -159,6 +160,7 @@ struct SimDesktop::State {
 
     // ---- Applications ----
     std::vector<std::shared_ptr<AppRecord>> apps;  // insertion order, terminated ones included
+    std::unordered_map<Pid, std::shared_ptr<AppRecord>> runningByPid;  // the running ones
     std::optional<Pid> frontmost;
     Pid ownPid = 1;
     std::vector<QuitRequest> quitRequests;

@@ -55,9 +55,8 @@ const AppRecord* SimDesktop::State::runningApp(Pid pid) const {
 }
 
 std::shared_ptr<AppRecord> SimDesktop::State::runningAppRef(Pid pid) const {
-    for (const auto& app : apps)
-        if (app->running && app->spec.pid == pid) return app;
-    return nullptr;
+    auto found = runningByPid.find(pid);
+    return found == runningByPid.end() ? nullptr : found->second;
 }
 
 void SimDesktop::State::startApp(const AppSpec& spec, bool notifyLaunch) {
@@ -70,6 +69,7 @@ void SimDesktop::State::startApp(const AppSpec& spec, bool notifyLaunch) {
     app->appElement = newElement(std::move(element));
     app->handle = std::make_shared<SimRunningApplication>(lifeline, this, app, spec);
     apps.push_back(app);
+    runningByPid[spec.pid] = app;
     if (notifyLaunch) deliverWorkspace(launchHandlers, app);
 }
 
@@ -94,6 +94,7 @@ void SimDesktop::State::terminate(Pid pid) {
     for (ElementId w : windowsOf(pid)) destroyWindow(w, false);
     if (Element* e = find(app->appElement)) e->alive = false;
     app->running = false;
+    runningByPid.erase(pid);
     if (frontmost == pid) frontmost.reset();
     deliverWorkspace(terminationHandlers, app);
 }
