@@ -106,6 +106,11 @@ struct FailingScenario {
     std::vector<std::string> messages;  // after the file name
 };
 
+// Test listings name the scenario rather than dumping the parameter's bytes.
+void PrintTo(const FailingScenario& f, std::ostream* os) {
+    *os << f.file;
+}
+
 class MustFail : public ::testing::TestWithParam<FailingScenario> {};
 
 TEST_P(MustFail, WithItsMessagesAndStatus) {
