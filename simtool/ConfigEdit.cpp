@@ -2,16 +2,11 @@
 
 #include <vector>
 
+#include "simtool/ScenarioTokens.h"
+
 namespace quelto::simtool {
 
 namespace {
-
-std::string trim(const std::string& s) {
-    std::size_t b = 0, e = s.size();
-    while (b < e && (s[b] == ' ' || s[b] == '\t' || s[b] == '\r')) ++b;
-    while (e > b && (s[e - 1] == ' ' || s[e - 1] == '\t' || s[e - 1] == '\r')) --e;
-    return s.substr(b, e - b);
-}
 
 std::string lower(std::string s) {
     for (char& c : s)
@@ -32,19 +27,9 @@ bool keyValue(const std::string& line, std::string& key, std::string& value) {
 }  // namespace
 
 std::string applyConfigEdit(const std::optional<std::string>& text, const ConfigEdit& edit) {
-    std::vector<std::string> lines;
     std::string source = text.value_or("");
     bool endsWithNewline = source.empty() || source.back() == '\n';
-    std::size_t start = 0;
-    while (start < source.size()) {
-        auto nl = source.find('\n', start);
-        if (nl == std::string::npos) {
-            lines.push_back(source.substr(start));
-            break;
-        }
-        lines.push_back(source.substr(start, nl - start));
-        start = nl + 1;
-    }
+    std::vector<std::string> lines = splitLines(source);
     const std::string key = lower(trim(edit.key));
     const std::string written = trim(edit.key) + " = " + edit.value.value_or("");
 

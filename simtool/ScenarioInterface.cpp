@@ -25,6 +25,16 @@ const std::vector<std::string>& tabIdentifiers() {
     return ids;
 }
 
+// The next word, which must name a tab.
+std::optional<std::string> tabWord(Args& args) {
+    auto t = args.bare("a tab");
+    if (!t) return std::nullopt;
+    const auto& ids = tabIdentifiers();
+    if (std::find(ids.begin(), ids.end(), *t) != ids.end()) return t;
+    args.fail(inQuotes(*t) + " is not a tab (general, apps, activity, help, about)");
+    return std::nullopt;
+}
+
 StatusItemModel* statusItem(ScenarioRunner& r, int line) {
     AppController* c = r.appController();
     StatusItemModel* item = c ? c->statusItem() : nullptr;
@@ -190,13 +200,6 @@ void Parser::settingsCommand(Args& args) {
     auto verb = args.bare("what to do in the settings window");
     if (!verb || !requireStarted(*this, args)) return;
     int line = args.line();
-    auto tabWord = [&](const std::string& w) -> bool {
-        const auto& ids = tabIdentifiers();
-        if (std::find(ids.begin(), ids.end(), w) != ids.end()) return true;
-        std::string message = inQuotes(w) + " is not a tab (general, apps, activity, help, about)";
-        args.fail(message);
-        return false;
-    };
     auto onOff = [&](const std::string& what) -> std::optional<bool> {
         auto w = args.bare(what);
         if (!w) return std::nullopt;
@@ -208,9 +211,8 @@ void Parser::settingsCommand(Args& args) {
     if (*verb == "open") {
         std::optional<std::string> tab;
         if (!args.done()) {
-            auto t = args.bare("a tab");
-            if (!t || !tabWord(*t)) return;
-            tab = *t;
+            tab = tabWord(args);
+            if (!tab) return;
         }
         if (!args.end()) return;
         addStep(line, "settings", [line, tab](ScenarioRunner& r) {
@@ -220,8 +222,8 @@ void Parser::settingsCommand(Args& args) {
             if (auto w = c->mainWindow()) r.show(line, "settings window", renderWindow(*w));
         });
     } else if (*verb == "tab") {
-        auto t = args.bare("a tab");
-        if (!t || !tabWord(*t) || !args.end()) return;
+        auto t = tabWord(args);
+        if (!t || !args.end()) return;
         std::string tab = *t;
         addStep(line, "settings", [line, tab](ScenarioRunner& r) {
             if (auto w = settingsWindow(r, line)) {
@@ -373,13 +375,8 @@ void Parser::showCommand(Args& args) {
         if (!requireStarted(*this, args)) return;
         std::optional<std::string> tab;
         if (*what == "tab") {
-            auto t = args.bare("a tab");
-            if (!t) return;
-            const auto& ids = tabIdentifiers();
-            if (std::find(ids.begin(), ids.end(), *t) == ids.end())
-                return args.fail(inQuotes(*t) +
-                                 " is not a tab (general, apps, activity, help, about)");
-            tab = *t;
+            tab = tabWord(args);
+            if (!tab) return;
         }
         if (!args.end()) return;
         std::string w = *what;
@@ -523,14 +520,8 @@ bool Parser::expectInterface(Args& args, bool negated, const std::string& subjec
         if (!requireStarted(*this, args, "expect " + subject)) return true;
         std::optional<std::string> tab;
         if (args.accept("tab")) {
-            auto t = args.bare("a tab");
-            if (!t) return true;
-            const auto& ids = tabIdentifiers();
-            if (std::find(ids.begin(), ids.end(), *t) == ids.end()) {
-                args.fail(inQuotes(*t) + " is not a tab (general, apps, activity, help, about)");
-                return true;
-            }
-            tab = *t;
+            tab = tabWord(args);
+            if (!tab) return true;
         }
         auto text = args.text("the text to find");
         if (!text || !args.end()) return true;

@@ -14,13 +14,6 @@ namespace quelto::simtool {
 
 namespace {
 
-std::string trim(const std::string& s) {
-    std::size_t b = 0, e = s.size();
-    while (b < e && (s[b] == ' ' || s[b] == '\t' || s[b] == '\r')) ++b;
-    while (e > b && (s[e - 1] == ' ' || s[e - 1] == '\t' || s[e - 1] == '\r')) --e;
-    return s.substr(b, e - b);
-}
-
 std::size_t editDistance(const std::string& a, const std::string& b) {
     std::vector<std::size_t> prev(b.size() + 1), cur(b.size() + 1);
     for (std::size_t j = 0; j <= b.size(); ++j) prev[j] = j;
@@ -55,6 +48,51 @@ bool isKeyword(const std::string& word) {
                                                 "quits-with-last-window",
                                                 "observer-fails"};
     return words.count(word) != 0;
+}
+
+// A moment as clock and at write it: "[YYYY-MM-DD] HH:MM[:SS[.mmm]]".
+struct DateAndTime {
+    CivilDate date;
+    ClockTime time;
+    std::string timeWord;  // the time of day as written
+};
+
+// Reads a moment; `date` is the day when none is written. The examples ("09:00",
+// "09:00:15.250") are the command's own, for its messages.
+std::optional<DateAndTime> dateAndTime(Args& args, CivilDate date, const std::string& example,
+                                       const std::string& preciseExample) {
+    const std::string what = "a time of day, as in " + example;
+    auto first = args.bare(what);
+    if (!first) return std::nullopt;
+    std::string timeWord = *first;
+    if (auto d = parseDate(*first)) {
+        date = *d;
+        auto t = args.bare(what);
+        if (!t) return std::nullopt;
+        timeWord = *t;
+    } else if (first->size() == 10 && (*first)[4] == '-') {
+        args.fail(inQuotes(*first) + " is not a date (as in 2026-03-02)");
+        return std::nullopt;
+    }
+    auto time = parseClockTime(timeWord);
+    if (!time) {
+        args.fail(inQuotes(timeWord) + " is not a time of day (as in " + example + " or " +
+                  preciseExample + ")");
+        return std::nullopt;
+    }
+    return DateAndTime{date, *time, timeWord};
+}
+
+// An Accessibility error by its name or code.
+std::optional<AXError> accessibilityError(Args& args) {
+    auto word = args.bare("an Accessibility error");
+    if (!word) return std::nullopt;
+    auto error = parseAXError(*word);
+    if (!error)
+        args.fail(inQuotes(*word) +
+                  " is not an Accessibility error (a name such as cannotComplete, or a code "
+                  "such as -25204)");
+    return error;
 }
 
 }  // namespace
@@ -146,47 +184,19 @@ std::optional<std::string> Args::text(const std::string& what) {
 }
 
 std::optional<double> Args::duration(const std::string& what) {
-    auto t = word(what);
-    if (!t) return std::nullopt;
-    auto v = parseDuration(t->text);
-    if (!v || t->quoted) {
-        fail(inQuotes(t->text) + " is not a duration (as in 2.5, 2.5s, 250ms or 2m)");
-        return std::nullopt;
-    }
-    return v;
+    return parsed(what, parseDuration, "a duration (as in 2.5, 2.5s, 250ms or 2m)");
 }
 
 std::optional<Point> Args::point(const std::string& what) {
-    auto t = word(what);
-    if (!t) return std::nullopt;
-    auto v = parsePoint(t->text);
-    if (!v || t->quoted) {
-        fail(inQuotes(t->text) + " is not a screen point (as in 120,80)");
-        return std::nullopt;
-    }
-    return v;
+    return parsed(what, parsePoint, "a screen point (as in 120,80)");
 }
 
 std::optional<Size> Args::size(const std::string& what) {
-    auto t = word(what);
-    if (!t) return std::nullopt;
-    auto v = parseSize(t->text);
-    if (!v || t->quoted) {
-        fail(inQuotes(t->text) + " is not a size (as in 800x600)");
-        return std::nullopt;
-    }
-    return v;
+    return parsed(what, parseSize, "a size (as in 800x600)");
 }
 
 std::optional<long long> Args::integer(const std::string& what) {
-    auto t = word(what);
-    if (!t) return std::nullopt;
-    auto v = parseInteger(t->text);
-    if (!v || t->quoted) {
-        fail(inQuotes(t->text) + " is not a whole number (" + what + ")");
-        return std::nullopt;
-    }
-    return v;
+    return parsed(what, parseInteger, "a whole number (" + what + ")");
 }
 
 bool Args::end() {
@@ -261,15 +271,10 @@ std::optional<std::pair<std::string, std::string>> Parser::windowRef(Args& args)
 std::optional<ModifierFlags> Parser::modifiers(Args& args) {
     ModifierFlags flags = 0;
     while (!args.done()) {
-        auto t = args.word("modifier keys");
-        if (!t) return std::nullopt;
-        auto m = parseModifiers(t->text);
-        if (!m || t->quoted) {
-            args.fail(inQuotes(t->text) +
-                      " is not a modifier key (shift, option, command, control, joined by + "
-                      "as in shift+option, or a raw flag word as in 0x20000)");
-            return std::nullopt;
-        }
+        auto m = args.parsed("modifier keys", parseModifiers,
+                             "a modifier key (shift, option, command, control, joined by + as in "
+                             "shift+option, or a raw flag word as in 0x20000)");
+        if (!m) return std::nullopt;
         flags |= *m;
     }
     return flags;
@@ -474,17 +479,7 @@ void Parser::parseLine(const std::string& raw, int lineNumber,
 }
 
 ParseResult Parser::parse(const std::string& text) {
-    std::vector<std::string> lines;
-    std::string current;
-    for (char c : text) {
-        if (c == '\n') {
-            lines.push_back(current);
-            current.clear();
-        } else {
-            current += c;
-        }
-    }
-    if (!current.empty()) lines.push_back(current);
+    std::vector<std::string> lines = splitLines(text);
     for (std::size_t i = 0; i < lines.size(); ++i) {
         std::size_t index = i;
         parseLine(lines[i], static_cast<int>(i + 1), lines, index);
@@ -507,22 +502,8 @@ void Parser::clockCommand(Args& args) {
     if (clockLine)
         return args.fail("the clock is already set at line " + std::to_string(clockLine));
     if (timeMoved || startLine) return args.fail("clock must come before start, wait and at");
-    auto first = args.bare("a time of day, as in 09:00");
-    if (!first) return;
-    CivilDate date = civilDateOf(scenario.start, 0);
-    std::string timeWord = *first;
-    if (auto d = parseDate(*first)) {
-        date = *d;
-        auto t = args.bare("a time of day, as in 09:00");
-        if (!t) return;
-        timeWord = *t;
-    } else if (first->size() == 10 && (*first)[4] == '-') {
-        return args.fail(inQuotes(*first) + " is not a date (as in 2026-03-02)");
-    }
-    auto time = parseClockTime(timeWord);
-    if (!time)
-        return args.fail(inQuotes(timeWord) +
-                         " is not a time of day (as in 09:00 or 09:00:15.250)");
+    auto when = dateAndTime(args, civilDateOf(scenario.start, 0), "09:00", "09:00:15.250");
+    if (!when) return;
     int offset = 0;
     if (!args.done()) {
         auto z = args.bare("a time zone");
@@ -533,7 +514,7 @@ void Parser::clockCommand(Args& args) {
         offset = *parsed;
     }
     if (!args.end()) return;
-    scenario.start = dateFrom(date, *time, offset);
+    scenario.start = dateFrom(when->date, when->time, offset);
     scenario.utcOffsetSeconds = offset;
     clockLine = args.line();
 }
@@ -696,15 +677,8 @@ sim::AppSpec Parser::appOptions(Args& args, const std::string& handle, const Dec
         } else if (*w == "quits-with-last-window") {
             spec.quitsWithLastWindow = true;
         } else if (*w == "observer-fails") {
-            auto e = args.bare("an Accessibility error");
-            if (!e) break;
-            auto err = parseAXError(*e);
-            if (!err) {
-                args.fail(inQuotes(*e) +
-                          " is not an Accessibility error (a name such as cannotComplete, or a "
-                          "code such as -25204)");
-                break;
-            }
+            auto err = accessibilityError(args);
+            if (!err) break;
             spec.observerError = *err;
         } else {
             std::vector<std::string> options = {
@@ -1214,13 +1188,8 @@ void Parser::injectCommand(Args& args) {
     bool onButton = title && args.accept("close-button");
     auto attribute = args.bare("an attribute, as in AXCloseButton");
     if (!attribute) return;
-    auto errWord = args.bare("an Accessibility error");
-    if (!errWord) return;
-    auto err = parseAXError(*errWord);
-    if (!err)
-        return args.fail(inQuotes(*errWord) +
-                         " is not an Accessibility error (a name such as cannotComplete, or a "
-                         "code such as -25204)");
+    auto err = accessibilityError(args);
+    if (!err) return;
     int times = 1;
     if (args.accept("always")) {
         times = -1;
@@ -1275,28 +1244,14 @@ void Parser::waitCommand(Args& args) {
 }
 
 void Parser::atCommand(Args& args) {
-    auto first = args.bare("a time of day, as in 09:15");
-    if (!first) return;
     Date current = scenario.start + static_cast<double>(nowMicros) / 1e6;
-    CivilDate date = civilDateOf(current, scenario.utcOffsetSeconds);
-    std::string timeWord = *first;
-    if (auto d = parseDate(*first)) {
-        date = *d;
-        auto t = args.bare("a time of day, as in 09:15");
-        if (!t) return;
-        timeWord = *t;
-    } else if (first->size() == 10 && (*first)[4] == '-') {
-        return args.fail(inQuotes(*first) + " is not a date (as in 2026-03-02)");
-    }
-    auto time = parseClockTime(timeWord);
-    if (!time)
-        return args.fail(inQuotes(timeWord) +
-                         " is not a time of day (as in 09:15 or 09:15:30.500)");
-    if (!args.end()) return;
-    Date target = dateFrom(date, *time, scenario.utcOffsetSeconds);
+    auto when =
+        dateAndTime(args, civilDateOf(current, scenario.utcOffsetSeconds), "09:15", "09:15:30.500");
+    if (!when || !args.end()) return;
+    Date target = dateFrom(when->date, when->time, scenario.utcOffsetSeconds);
     std::int64_t targetMicros = std::llround((target.seconds - scenario.start.seconds) * 1e6);
     if (targetMicros < nowMicros)
-        return args.fail("at " + timeWord + " is before the scenario's time there, " +
+        return args.fail("at " + when->timeWord + " is before the scenario's time there, " +
                          formatTimeOfDay(current, scenario.utcOffsetSeconds) +
                          " — time only moves forward");
     double delta = static_cast<double>(targetMicros - nowMicros) / 1e6;

@@ -50,6 +50,21 @@ class Args {
     std::optional<Point> point(const std::string& what);
     std::optional<Size> size(const std::string& what);
     std::optional<long long> integer(const std::string& what);
+    // The next word as `parse` reads it, which must not be quoted; reports
+    // "{word in quotes} is not {kind}" when it is, or when `parse` gives no value.
+    template <typename T>
+    std::optional<T> parsed(const std::string& what,
+                            std::optional<T> (*parse)(const std::string& word),
+                            const std::string& kind) {
+        auto t = word(what);
+        if (!t) return std::nullopt;
+        auto v = parse(t->text);
+        if (!v || t->quoted) {
+            fail(inQuotes(t->text) + " is not " + kind);
+            return std::nullopt;
+        }
+        return v;
+    }
 
     // Reports that words remain.
     bool end();

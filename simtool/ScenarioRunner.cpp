@@ -267,21 +267,9 @@ std::optional<std::string> ScenarioRunner::readConfig() const {
 
 std::vector<std::string> ScenarioRunner::logLines() {
     Log::shared().drain();
-    std::vector<std::string> lines;
     auto text = readFile(Log::path());
-    if (!text) return lines;
-    std::string shown = displayed(*text);
-    std::size_t start = 0;
-    while (start < shown.size()) {
-        auto nl = shown.find('\n', start);
-        if (nl == std::string::npos) {
-            lines.push_back(shown.substr(start));
-            break;
-        }
-        lines.push_back(shown.substr(start, nl - start));
-        start = nl + 1;
-    }
-    return lines;
+    if (!text) return {};
+    return splitLines(displayed(*text));
 }
 
 std::string ScenarioRunner::displayed(const std::string& text) const {

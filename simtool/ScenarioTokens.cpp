@@ -74,12 +74,29 @@ std::string withoutComment(const std::string& line) {
             break;
         }
     }
-    std::string s = line.substr(0, end);
-    std::size_t b = 0;
-    while (b < s.size() && isBlank(s[b])) ++b;
-    std::size_t e = s.size();
-    while (e > b && isBlank(s[e - 1])) --e;
-    return s.substr(b, e - b);
+    return trim(line.substr(0, end));
+}
+
+std::vector<std::string> splitLines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::size_t start = 0;
+    while (start < text.size()) {
+        auto nl = text.find('\n', start);
+        if (nl == std::string::npos) {
+            lines.push_back(text.substr(start));
+            break;
+        }
+        lines.push_back(text.substr(start, nl - start));
+        start = nl + 1;
+    }
+    return lines;
+}
+
+std::string trim(const std::string& text) {
+    std::size_t b = 0, e = text.size();
+    while (b < e && isBlank(text[b])) ++b;
+    while (e > b && isBlank(text[e - 1])) --e;
+    return text.substr(b, e - b);
 }
 
 std::string inQuotes(const std::string& text) {

@@ -1,7 +1,7 @@
 #pragma once
-// Splitting one line of a scenario into words. A word is a run of non-blank characters or a
-// double-quoted string (\" and \\ inside it stand for " and \); everything after a # that is
-// not inside quotes is a comment.
+// Splitting a scenario into lines and one line into words. A word is a run of non-blank
+// characters or a double-quoted string (\" and \\ inside it stand for " and \); everything after
+// a # that is not inside quotes is a comment. Blanks are spaces, tabs and carriage returns.
 
 #include <optional>
 #include <string>
@@ -21,6 +21,13 @@ struct TokenizedLine {
 };
 
 TokenizedLine tokenize(const std::string& line);
+
+// The lines of a text without their newlines; a final newline ends the last line rather than
+// starting an empty one.
+std::vector<std::string> splitLines(const std::string& text);
+
+// The text with its blanks trimmed from both ends.
+std::string trim(const std::string& text);
 
 // The line with its comment removed and its blanks trimmed from both ends.
 std::string withoutComment(const std::string& line);
