@@ -80,7 +80,7 @@ struct AXValue {
 
     AXValue() : value(AXOpaque{}) {}
     template <typename T>
-    AXValue(T v) : value(std::move(v)) {}  // NOLINT: implicit by design
+    AXValue(T v) : value(std::move(v)) {}              // NOLINT: implicit by design
     AXValue(const char* s) : value(std::string(s)) {}  // NOLINT
 
     template <typename T>
@@ -91,7 +91,7 @@ struct AXValue {
 
 // The platform's Accessibility element (AXUIElement): reads one attribute per call.
 class AXElementObject {
-public:
+  public:
     virtual ~AXElementObject() = default;
 
     // One platform round trip (AXUIElementCopyAttributeValue). As on the platform, `value`
@@ -118,7 +118,7 @@ using AXObserverCallback = void (*)(AXObserver& observer, const AXElement& eleme
 // An Accessibility observer for one process (AXObserver). Releasing it releases the
 // observer; its run-loop source must already have been taken off the main run loop.
 class AXObserver {
-public:
+  public:
     virtual ~AXObserver() = default;
     virtual AXError addNotification(const AXElement& element, const std::string& notification,
                                     void* refcon) = 0;
@@ -128,7 +128,7 @@ public:
 };
 
 class Accessibility {
-public:
+  public:
     virtual ~Accessibility() = default;
 
     // AXUIElementCreateApplication.

@@ -21,14 +21,14 @@ struct LocalTime {
 };
 
 class Clock {
-public:
+  public:
     virtual ~Clock() = default;
     virtual Date now() = 0;
     virtual LocalTime localTime(Date date) = 0;
 };
 
 class MainQueue {
-public:
+  public:
     virtual ~MainQueue() = default;
 
     // Runs `work` on the main thread `delaySeconds` from now. Items due at the same moment

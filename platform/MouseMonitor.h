@@ -12,7 +12,7 @@ namespace quelto {
 using MonitorToken = std::uint64_t;
 
 class MouseMonitor {
-public:
+  public:
     virtual ~MouseMonitor() = default;
 
     using Handler = std::function<void(Point location, ModifierFlags modifiers)>;

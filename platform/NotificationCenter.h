@@ -14,7 +14,7 @@
 namespace quelto {
 
 class NotificationCenter {
-public:
+  public:
     static NotificationCenter& defaultCenter();
 
     // Registers `handler` for `name`; the registration ends with the subscription.
@@ -26,7 +26,7 @@ public:
     // Called for every post, after the observers (the macOS shell forwards posts here).
     void setPostHook(std::function<void(const std::string&)> hook);
 
-private:
+  private:
     struct Entry {
         std::string name;
         std::function<void()> handler;

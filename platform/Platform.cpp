@@ -9,7 +9,7 @@ namespace quelto {
 namespace {
 
 class SystemClock final : public Clock {
-public:
+  public:
     Date now() override {
         auto t = std::chrono::system_clock::now().time_since_epoch();
         return Date{std::chrono::duration<double>(t).count()};
@@ -45,7 +45,9 @@ Clock& systemClock() {
     return clock;
 }
 
-Platform& platform() { return installed(); }
+Platform& platform() {
+    return installed();
+}
 
 void installPlatform(const Platform& p, bool replaceAll) {
     Platform& cur = installed();

@@ -12,7 +12,7 @@ namespace quelto {
 
 // Facts about this program's bundle and the machine it runs on.
 class SystemInfo {
-public:
+  public:
     virtual ~SystemInfo() = default;
     // A string of the main bundle's information dictionary ("CFBundleShortVersionString",
     // "CFBundleVersion", "CFBundleIdentifier", …); none when missing or not a string.
@@ -29,7 +29,7 @@ public:
 
 // The main application's login item (SMAppService.mainApp).
 class LoginItem {
-public:
+  public:
     enum class Status { notRegistered, enabled, requiresApproval, notFound };
     virtual ~LoginItem() = default;
     virtual Status status() = 0;
@@ -56,7 +56,7 @@ struct HttpResult {
 };
 
 class HttpClient {
-public:
+  public:
     virtual ~HttpClient() = default;
     // Starts the request and returns at once; `completion` runs later on any thread.
     virtual void send(const HttpRequest& request, std::function<void(HttpResult)> completion) = 0;
@@ -71,7 +71,7 @@ struct AlertSpec {
 };
 
 class Alerts {
-public:
+  public:
     static constexpr long firstButtonReturn = 1000;
     static constexpr long secondButtonReturn = 1001;
     virtual ~Alerts() = default;
@@ -80,7 +80,7 @@ public:
 };
 
 class Pasteboard {
-public:
+  public:
     virtual ~Pasteboard() = default;
     // Clears the general pasteboard, then sets `text` as a plain string.
     virtual void setString(const std::string& text) = 0;

@@ -18,7 +18,7 @@ enum class ActivationPolicy : int { regular = 0, accessory = 1, prohibited = 2 }
 
 // One running application (NSRunningApplication).
 class RunningApplication {
-public:
+  public:
     virtual ~RunningApplication() = default;
     virtual Pid processIdentifier() const = 0;
     virtual std::optional<std::string> localizedName() const = 0;
@@ -35,7 +35,7 @@ public:
 using RunningApplicationRef = std::shared_ptr<RunningApplication>;
 
 class Workspace {
-public:
+  public:
     virtual ~Workspace() = default;
 
     // The running applications, in the order the platform lists them.
