@@ -76,10 +76,10 @@ void BM_Reads_LivePassHit(benchmark::State& state) {
     BusyDesktop busy(apps, windowsPerApp, true);
     sim::SimDesktop& desktop = busy.desktop();
     Pid front = BusyDesktop::firstPid + apps - 1;
-    sim::WindowSpec spec;
-    spec.title = "Late";
-    spec.frame = Rect{{3000, 3000}, {800, 600}};
-    sim::ElementId late = desktop.addWindow(front, spec, false);
+    sim::WindowSpec desc;
+    desc.title = "Late";
+    desc.frame = Rect{{3000, 3000}, {800, 600}};
+    sim::ElementId late = desktop.addWindow(front, desc, false);
     desktop.injectError(late, "AXCloseButton", axerror::cannotComplete, 4);
     desktop.focusWindow(late);  // the watcher catches up on the window it was not told about
     desktop.advance(5);

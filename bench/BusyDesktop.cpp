@@ -42,17 +42,17 @@ BusyDesktop::BusyDesktop(int apps, int windowsPerApp, bool frontmostWatched)
     d.addApp(accessory);
 
     for (int a = 0; a < apps; ++a) {
-        sim::AppSpec spec;
-        spec.pid = firstPid + a;
-        spec.bundleID = "com.example.App" + std::to_string(a);
-        spec.name = "App " + std::to_string(a);
-        d.addApp(spec);
+        sim::AppSpec desc;
+        desc.pid = firstPid + a;
+        desc.bundleID = "com.example.App" + std::to_string(a);
+        desc.name = "App " + std::to_string(a);
+        d.addApp(desc);
         for (int w = 0; w < windowsPerApp; ++w) {
             sim::WindowSpec window;
             window.title = "Window " + std::to_string(w);
             // 40 × 25 windows on a 50 × 30 grid: nothing overlaps, every button is distinct.
             window.frame = Rect{{20.0 + 50.0 * w, 20.0 + 30.0 * a}, {40, 25}};
-            sim::ElementId id = d.addWindow(spec.pid, window, false);
+            sim::ElementId id = d.addWindow(desc.pid, window, false);
             if (a == apps - 1 && w == windowsPerApp - 1) hitWindow_ = id;
         }
     }

@@ -11,10 +11,12 @@ namespace quelto::sim {
 SimDesktop::SimDesktop(Date start, int utcOffsetSeconds) : state_(std::make_unique<State>(*this)) {
     state_->now = toMicros(start.seconds);
     state_->utcOffsetSeconds = utcOffsetSeconds;
-    state_->bundleInfo["CFBundleShortVersionString"] = build::version;
-    state_->bundleInfo["CFBundleVersion"] = build::buildNumber;
-    state_->bundleInfo["CFBundleIdentifier"] = build::bundleID;
-    state_->bundleInfo["CFBundleName"] = "Quelto";
+    // Whole strings are moved in: assigning the short literals trips g++ 12's -Wrestrict
+    // false alarm in optimised builds.
+    state_->bundleInfo["CFBundleShortVersionString"] = std::string(build::version);
+    state_->bundleInfo["CFBundleVersion"] = std::string(build::buildNumber);
+    state_->bundleInfo["CFBundleIdentifier"] = std::string(build::bundleID);
+    state_->bundleInfo["CFBundleName"] = std::string("Quelto");
 }
 
 SimDesktop::~SimDesktop() {

@@ -93,9 +93,9 @@ class SimDesktop final : public Accessibility,
     // An application already running (no launch notification). A process id that already
     // runs is left as it is. Launching a regular application makes it frontmost; adding one
     // does not. The frontmost application is none once it terminates.
-    void addApp(const AppSpec& spec);
+    void addApp(const AppSpec& desc);
     // Launches an application: it starts running and the launch notification is delivered.
-    void launchApp(const AppSpec& spec);
+    void launchApp(const AppSpec& desc);
     // The application terminates (by itself or after a quit request): its windows vanish
     // without destroyed notifications (as when a process goes), its elements read as
     // invalid, and the termination notification is delivered.
@@ -107,7 +107,7 @@ class SimDesktop final : public Accessibility,
 
     // ---- Windows and other elements ----
     // Adds a window; unless `notify` is false, "AXWindowCreated" goes to the app's observers.
-    ElementId addWindow(Pid pid, const WindowSpec& spec, bool notify = true);
+    ElementId addWindow(Pid pid, const WindowSpec& desc, bool notify = true);
     // Destroys a window, dialog or sheet ("AXUIElementDestroyed" to its observers); later
     // reads of it (and of a window's close button and sheets) fail with invalid-element.
     void destroyWindow(ElementId window);
@@ -121,7 +121,7 @@ class SimDesktop final : public Accessibility,
     void answerSheet(ElementId window, bool closesWindow);
     // A dialog window of the application (role "AXWindow", subrole e.g. "AXDialog").
     ElementId showDialog(Pid pid, const std::string& subrole, const std::string& title);
-    void setCloseButton(ElementId window, const CloseButtonSpec& spec);
+    void setCloseButton(ElementId window, const CloseButtonSpec& desc);
     void setTitle(ElementId window, const std::string& title);
     void setSubrole(ElementId window, std::optional<std::string> subrole);
     std::vector<ElementId> windowsOf(Pid pid) const;  // live windows, front to back

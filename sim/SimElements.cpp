@@ -74,8 +74,8 @@ std::vector<ElementId> SimDesktop::State::windowsOf(Pid pid) const {
 }
 
 Rect SimDesktop::State::buttonFrame(const Element& window) const {
-    return Rect{{window.spec.frame.origin.x + window.buttonOffset.x,
-                 window.spec.frame.origin.y + window.buttonOffset.y},
+    return Rect{{window.desc.frame.origin.x + window.buttonOffset.x,
+                 window.desc.frame.origin.y + window.buttonOffset.y},
                 window.buttonSize};
 }
 
@@ -121,8 +121,8 @@ AXError SimDesktop::State::computedValue(const Element& e, ElementId id,
                 return axerror::success;
             }
             if (attribute == "AXTitle") {
-                if (!app || !app->spec.name) return axerror::noValue;
-                value = AXValue(*app->spec.name);
+                if (!app || !app->desc.name) return axerror::noValue;
+                value = AXValue(*app->desc.name);
                 return axerror::success;
             }
             if (attribute == "AXWindows" || attribute == "AXChildren") {
@@ -140,7 +140,7 @@ AXError SimDesktop::State::computedValue(const Element& e, ElementId id,
             return axerror::attributeUnsupported;
         }
         case ElementKind::window: {
-            const WindowSpec& s = e.spec;
+            const WindowSpec& s = e.desc;
             if (attribute == "AXRole") {
                 value = AXValue(s.role);
                 return axerror::success;
@@ -177,7 +177,7 @@ AXError SimDesktop::State::computedValue(const Element& e, ElementId id,
             if (attribute == "AXParent") {
                 const AppRecord* owner = nullptr;
                 for (const auto& a : apps)
-                    if (a->spec.pid == e.pid && a->running) owner = a.get();
+                    if (a->desc.pid == e.pid && a->running) owner = a.get();
                 if (!owner) return axerror::noValue;
                 value = AXValue(handle(owner->appElement));
                 return axerror::success;
@@ -196,8 +196,8 @@ AXError SimDesktop::State::computedValue(const Element& e, ElementId id,
                 return axerror::success;
             }
             if (attribute == "AXEnabled") {
-                if (!window->spec.closeButton.enabled) return axerror::noValue;
-                value = AXValue(*window->spec.closeButton.enabled);
+                if (!window->desc.closeButton.enabled) return axerror::noValue;
+                value = AXValue(*window->desc.closeButton.enabled);
                 return axerror::success;
             }
             if (attribute == "AXPosition") {
@@ -225,7 +225,7 @@ AXError SimDesktop::State::computedValue(const Element& e, ElementId id,
                 return axerror::success;
             }
             if (window && attribute == "AXPosition") {
-                Rect f = window->spec.frame;
+                Rect f = window->desc.frame;
                 value = AXValue(Point{f.origin.x + (f.size.width - 420) / 2, f.origin.y + 28});
                 return axerror::success;
             }
@@ -265,7 +265,7 @@ void SimDesktop::State::scheduleClose(ElementId id) {
     if (!w || w->closeScheduled) return;
     w->closeScheduled = true;
     Pid pid = w->pid;
-    schedule(w->spec.closeDelay, [this, id, pid] {
+    schedule(w->desc.closeDelay, [this, id, pid] {
         Element* window = liveWindow(id);
         if (!window) return;
         window->closeScheduled = false;
@@ -278,7 +278,7 @@ void SimDesktop::State::requestClose(ElementId id) {
     Element* w = liveWindow(id);
     if (!w || w->closeScheduled) return;
     if (!w->sheets.empty()) return;  // a sheet is up: the window is modal to it
-    if (w->spec.asksToSave) {
+    if (w->desc.asksToSave) {
         owner.showSheet(id);
         return;
     }
@@ -287,7 +287,7 @@ void SimDesktop::State::requestClose(ElementId id) {
 
 void SimDesktop::State::lastWindowCheck(Pid pid) {
     std::shared_ptr<AppRecord> app = runningAppRef(pid);
-    if (!app || !app->spec.quitsWithLastWindow || !windowsOf(pid).empty()) return;
+    if (!app || !app->desc.quitsWithLastWindow || !windowsOf(pid).empty()) return;
     std::weak_ptr<AppRecord> weak = app;
     schedule(0.1, [this, weak, pid] {
         auto a = weak.lock();
@@ -298,16 +298,16 @@ void SimDesktop::State::lastWindowCheck(Pid pid) {
 
 // ---- SimDesktop: windows and elements ----
 
-ElementId SimDesktop::addWindow(Pid pid, const WindowSpec& spec, bool notify) {
+ElementId SimDesktop::addWindow(Pid pid, const WindowSpec& desc, bool notify) {
     State& s = *state_;
     Element w;
     w.kind = ElementKind::window;
     w.pid = pid;
-    w.spec = spec;
-    if (spec.closeButton.frame) {
-        w.buttonOffset = Point{spec.closeButton.frame->origin.x - spec.frame.origin.x,
-                               spec.closeButton.frame->origin.y - spec.frame.origin.y};
-        w.buttonSize = spec.closeButton.frame->size;
+    w.desc = desc;
+    if (desc.closeButton.frame) {
+        w.buttonOffset = Point{desc.closeButton.frame->origin.x - desc.frame.origin.x,
+                               desc.closeButton.frame->origin.y - desc.frame.origin.y};
+        w.buttonSize = desc.closeButton.frame->size;
     }
     ElementId id = s.newElement(std::move(w));
     Element button;
@@ -349,14 +349,14 @@ void SimDesktop::closeWindowWithoutClick(ElementId window) {
 void SimDesktop::moveWindow(ElementId window, Point origin) {
     Element* w = state_->liveWindow(window);
     if (!w) return;
-    w->spec.frame.origin = origin;
+    w->desc.frame.origin = origin;
     state_->post(window, "AXWindowMoved", window);
 }
 
 void SimDesktop::resizeWindow(ElementId window, Size size) {
     Element* w = state_->liveWindow(window);
     if (!w) return;
-    w->spec.frame.size = size;
+    w->desc.frame.size = size;
     state_->post(window, "AXWindowResized", window);
 }
 
@@ -395,33 +395,33 @@ void SimDesktop::answerSheet(ElementId window, bool closesWindow) {
 }
 
 ElementId SimDesktop::showDialog(Pid pid, const std::string& subrole, const std::string& title) {
-    WindowSpec spec;
-    spec.title = title;
-    spec.subrole = subrole;
-    spec.frame = Rect{{400, 300}, {420, 180}};
-    spec.closeButton.present = false;
-    return addWindow(pid, spec, true);
+    WindowSpec desc;
+    desc.title = title;
+    desc.subrole = subrole;
+    desc.frame = Rect{{400, 300}, {420, 180}};
+    desc.closeButton.present = false;
+    return addWindow(pid, desc, true);
 }
 
-void SimDesktop::setCloseButton(ElementId window, const CloseButtonSpec& spec) {
+void SimDesktop::setCloseButton(ElementId window, const CloseButtonSpec& desc) {
     Element* w = state_->find(window);
     if (!w || w->kind != ElementKind::window) return;
-    w->spec.closeButton = spec;
-    if (spec.frame) {
-        w->buttonOffset = Point{spec.frame->origin.x - w->spec.frame.origin.x,
-                                spec.frame->origin.y - w->spec.frame.origin.y};
-        w->buttonSize = spec.frame->size;
+    w->desc.closeButton = desc;
+    if (desc.frame) {
+        w->buttonOffset = Point{desc.frame->origin.x - w->desc.frame.origin.x,
+                                desc.frame->origin.y - w->desc.frame.origin.y};
+        w->buttonSize = desc.frame->size;
     }
 }
 
 void SimDesktop::setTitle(ElementId window, const std::string& title) {
     Element* w = state_->find(window);
-    if (w && w->kind == ElementKind::window) w->spec.title = title;
+    if (w && w->kind == ElementKind::window) w->desc.title = title;
 }
 
 void SimDesktop::setSubrole(ElementId window, std::optional<std::string> subrole) {
     Element* w = state_->find(window);
-    if (w && w->kind == ElementKind::window) w->spec.subrole = std::move(subrole);
+    if (w && w->kind == ElementKind::window) w->desc.subrole = std::move(subrole);
 }
 
 std::vector<ElementId> SimDesktop::windowsOf(Pid pid) const {
@@ -430,13 +430,13 @@ std::vector<ElementId> SimDesktop::windowsOf(Pid pid) const {
 
 std::optional<ElementId> SimDesktop::windowNamed(Pid pid, const std::string& title) const {
     for (ElementId id : state_->windowsOf(pid))
-        if (state_->find(id)->spec.title == title) return id;
+        if (state_->find(id)->desc.title == title) return id;
     return std::nullopt;
 }
 
 std::optional<Rect> SimDesktop::closeButtonFrame(ElementId window) const {
     const Element* w = state_->find(window);
-    if (!w || w->kind != ElementKind::window || !w->alive || !w->spec.closeButton.present)
+    if (!w || w->kind != ElementKind::window || !w->alive || !w->desc.closeButton.present)
         return std::nullopt;
     return state_->buttonFrame(*w);
 }
@@ -450,7 +450,7 @@ AXElement SimDesktop::applicationElement(Pid pid) const {
     if (!app) {
         // The most recent instance, terminated: its element is dead.
         for (auto it = state_->apps.rbegin(); it != state_->apps.rend(); ++it)
-            if ((*it)->spec.pid == pid) return state_->handle((*it)->appElement);
+            if ((*it)->desc.pid == pid) return state_->handle((*it)->appElement);
         return state_->handle(0);
     }
     return state_->handle(app->appElement);

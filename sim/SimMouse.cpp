@@ -10,8 +10,8 @@ std::optional<ElementId> SimDesktop::State::windowAt(Point point) const {
         const Element* w = find(id);
         if (!w || !w->alive) continue;
         // A close button drawn outside its window's frame still belongs to that window.
-        bool onButton = w->spec.closeButton.present && buttonFrame(*w).contains(point);
-        if (w->spec.frame.contains(point) || onButton) return id;
+        bool onButton = w->desc.closeButton.present && buttonFrame(*w).contains(point);
+        if (w->desc.frame.contains(point) || onButton) return id;
     }
     return std::nullopt;
 }
@@ -49,7 +49,7 @@ void SimDesktop::click(Point point, ModifierFlags modifiers) {
     if (!hit) return;
     w = s.liveWindow(*hit);
     if (!w) return;
-    const CloseButtonSpec& button = w->spec.closeButton;
+    const CloseButtonSpec& button = w->desc.closeButton;
     if (!button.present || button.enabled == std::optional<bool>(false)) return;
     if (!s.buttonFrame(*w).contains(point)) return;
     if (!w->sheets.empty()) return;  // modal to its sheet: the button does nothing

@@ -71,8 +71,8 @@ std::unique_ptr<AXObserver> SimDesktop::createObserver(Pid pid, AXObserverCallba
         error = axerror::illegalArgument;
         return nullptr;
     }
-    if (const AppRecord* app = s.runningApp(pid); app && !app->spec.observerError.isSuccess()) {
-        error = app->spec.observerError;
+    if (const AppRecord* app = s.runningApp(pid); app && !app->desc.observerError.isSuccess()) {
+        error = app->desc.observerError;
         return nullptr;
     }
     std::uint64_t id = s.nextObserver++;

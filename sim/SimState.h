@@ -48,7 +48,7 @@ struct Element {
     ElementId parent = 0;  // the window of a close button or sheet
 
     // Windows.
-    WindowSpec spec;
+    WindowSpec desc;
     ElementId closeButton = 0;
     std::vector<ElementId> sheets;  // oldest first
     Point buttonOffset{8, 6};       // the close button's origin relative to the window
@@ -62,7 +62,7 @@ struct Element {
 class SimRunningApplication;
 
 struct AppRecord {
-    AppSpec spec;
+    AppSpec desc;
     ElementId appElement = 0;
     bool running = true;
     std::shared_ptr<SimRunningApplication> handle;
@@ -147,7 +147,7 @@ struct SimDesktop::State {
     AXError computedValue(const Element& e, ElementId id, const std::string& attribute,
                           std::optional<AXValue>& value) const;
     std::vector<ElementId> windowsOf(Pid pid) const;
-    Rect windowFrame(const Element& window) const { return window.spec.frame; }
+    Rect windowFrame(const Element& window) const { return window.desc.frame; }
     Rect buttonFrame(const Element& window) const;
     // Marks a window and its children dead and takes it off screen; `notify` posts
     // "AXUIElementDestroyed" for it (and its sheets).
@@ -171,7 +171,7 @@ struct SimDesktop::State {
     AppRecord* runningApp(Pid pid);
     std::shared_ptr<AppRecord> runningAppRef(Pid pid) const;
     const AppRecord* runningApp(Pid pid) const;
-    void startApp(const AppSpec& spec, bool notifyLaunch);
+    void startApp(const AppSpec& desc, bool notifyLaunch);
     void terminate(Pid pid);
     void deliverWorkspace(const std::vector<std::shared_ptr<WorkspaceHandler>>& handlers,
                           const std::shared_ptr<AppRecord>& app);
@@ -249,8 +249,8 @@ class SimObserver final : public AXObserver {
 class SimRunningApplication final : public RunningApplication {
   public:
     SimRunningApplication(std::weak_ptr<int> life, SimDesktop::State* state,
-                          std::weak_ptr<AppRecord> app, AppSpec spec)
-        : life_(std::move(life)), state_(state), app_(std::move(app)), spec_(std::move(spec)) {}
+                          std::weak_ptr<AppRecord> app, AppSpec desc)
+        : life_(std::move(life)), state_(state), app_(std::move(app)), spec_(std::move(desc)) {}
 
     Pid processIdentifier() const override { return spec_.pid; }
     std::optional<std::string> localizedName() const override { return spec_.name; }

@@ -20,10 +20,10 @@ bool SimRunningApplication::terminate() {
     if (!app) return false;
     SimDesktop::State& s = *state_;
     s.quitRequests.push_back(QuitRequest{spec_.pid, s.owner.now(), false});
-    if (app->spec.declinesQuit) return true;
+    if (app->desc.declinesQuit) return true;
     std::weak_ptr<AppRecord> weak = app;
     Pid pid = spec_.pid;
-    s.schedule(app->spec.quitDelay, [&s, weak, pid] {
+    s.schedule(app->desc.quitDelay, [&s, weak, pid] {
         auto a = weak.lock();
         if (a && a->running) s.terminate(pid);
     });
@@ -59,17 +59,17 @@ std::shared_ptr<AppRecord> SimDesktop::State::runningAppRef(Pid pid) const {
     return found == runningByPid.end() ? nullptr : found->second;
 }
 
-void SimDesktop::State::startApp(const AppSpec& spec, bool notifyLaunch) {
-    if (runningApp(spec.pid)) return;  // one running application per process id
+void SimDesktop::State::startApp(const AppSpec& desc, bool notifyLaunch) {
+    if (runningApp(desc.pid)) return;  // one running application per process id
     auto app = std::make_shared<AppRecord>();
-    app->spec = spec;
+    app->desc = desc;
     Element element;
     element.kind = ElementKind::application;
-    element.pid = spec.pid;
+    element.pid = desc.pid;
     app->appElement = newElement(std::move(element));
-    app->handle = std::make_shared<SimRunningApplication>(lifeline, this, app, spec);
+    app->handle = std::make_shared<SimRunningApplication>(lifeline, this, app, desc);
     apps.push_back(app);
-    runningByPid[spec.pid] = app;
+    runningByPid[desc.pid] = app;
     if (notifyLaunch) deliverWorkspace(launchHandlers, app);
 }
 
@@ -101,14 +101,14 @@ void SimDesktop::State::terminate(Pid pid) {
 
 // ---- SimDesktop: applications ----
 
-void SimDesktop::addApp(const AppSpec& spec) {
-    state_->startApp(spec, false);
+void SimDesktop::addApp(const AppSpec& desc) {
+    state_->startApp(desc, false);
 }
 
-void SimDesktop::launchApp(const AppSpec& spec) {
-    bool wasRunning = state_->runningApp(spec.pid) != nullptr;
-    state_->startApp(spec, true);
-    if (!wasRunning && spec.policy == ActivationPolicy::regular) setFrontmost(spec.pid);
+void SimDesktop::launchApp(const AppSpec& desc) {
+    bool wasRunning = state_->runningApp(desc.pid) != nullptr;
+    state_->startApp(desc, true);
+    if (!wasRunning && desc.policy == ActivationPolicy::regular) setFrontmost(desc.pid);
 }
 
 void SimDesktop::terminateApp(Pid pid) {
@@ -140,8 +140,8 @@ bool SimDesktop::isRunning(Pid pid) const {
 
 void SimDesktop::setQuitBehaviour(Pid pid, bool declines, double quitDelay) {
     if (AppRecord* app = state_->runningApp(pid)) {
-        app->spec.declinesQuit = declines;
-        app->spec.quitDelay = quitDelay;
+        app->desc.declinesQuit = declines;
+        app->desc.quitDelay = quitDelay;
     }
 }
 

@@ -266,7 +266,7 @@ void Parser::expectApp(Args& args, bool negated, const std::string& subject) {
     if (subject == "running") {
         addExpectation(line, [line, h, negated](ScenarioRunner& r) {
             auto* app = r.app(h);
-            bool running = app && r.desktop().isRunning(app->spec.pid);
+            bool running = app && r.desktop().isRunning(app->desc.pid);
             r.check(line, running != negated,
                     negated ? "expected " + h + " not to be running; it is"
                             : "expected " + h + " to be running; it is not");

@@ -546,11 +546,11 @@ void Parser::queltoCommand(Args& args) {
             usedPids.erase(old);
             scenario.ownPid = static_cast<Pid>(*pid);
             usedPids.insert(scenario.ownPid);
-            apps["Quelto"].spec.pid = scenario.ownPid;
+            apps["Quelto"].desc.pid = scenario.ownPid;
         } else if (*w == "regular" || *w == "accessory") {
             scenario.ownPolicy =
                 *w == "regular" ? ActivationPolicy::regular : ActivationPolicy::accessory;
-            apps["Quelto"].spec.policy = scenario.ownPolicy;
+            apps["Quelto"].desc.policy = scenario.ownPolicy;
         } else {
             return args.fail("unexpected \"" + *w + "\" — " + args.usage());
         }
@@ -617,15 +617,15 @@ void Parser::configCommand(Args& args) {
 // ---- Applications ----
 
 sim::AppSpec Parser::appOptions(Args& args, const std::string& handle, const DeclaredApp* known) {
-    sim::AppSpec spec;
+    sim::AppSpec desc;
     if (known)
-        spec = known->spec;
+        desc = known->desc;
     else
-        spec.name = handle;
+        desc.name = handle;
     bool pidGiven = false, bundleGiven = known != nullptr;
     if (const Token* t = args.peek(); t && !t->quoted && t->text.find('.') != std::string::npos &&
                                       !isKeyword(t->text) && !parseNumber(t->text)) {
-        spec.bundleID = t->text;
+        desc.bundleID = t->text;
         bundleGiven = true;
         args.accept(t->text);
     }
@@ -639,22 +639,22 @@ sim::AppSpec Parser::appOptions(Args& args, const std::string& handle, const Dec
                 args.fail("process id " + std::to_string(*p) + " is out of range");
                 break;
             }
-            spec.pid = static_cast<Pid>(*p);
+            desc.pid = static_cast<Pid>(*p);
             pidGiven = true;
         } else if (*w == "bundle") {
             auto b = args.word("a bundle id");
             if (!b) break;
-            spec.bundleID = b->text;
+            desc.bundleID = b->text;
             bundleGiven = true;
         } else if (*w == "no-bundle") {
-            spec.bundleID.reset();
+            desc.bundleID.reset();
             bundleGiven = true;
         } else if (*w == "name") {
             auto n = args.word("a name");
             if (!n) break;
-            spec.name = n->text;
+            desc.name = n->text;
         } else if (*w == "no-name") {
-            spec.name.reset();
+            desc.name.reset();
         } else if (*w == "policy") {
             auto p = args.bare("an activation policy");
             if (!p) break;
@@ -664,22 +664,22 @@ sim::AppSpec Parser::appOptions(Args& args, const std::string& handle, const Dec
                           " is not an activation policy (regular, accessory or prohibited)");
                 break;
             }
-            spec.policy = *policy;
+            desc.policy = *policy;
         } else if (auto policy = parsePolicy(*w)) {
-            spec.policy = *policy;
+            desc.policy = *policy;
         } else if (*w == "declines-quit") {
-            spec.declinesQuit = true;
+            desc.declinesQuit = true;
         } else if (*w == "quits-after") {
             auto d = args.duration("a duration");
             if (!d) break;
-            spec.quitDelay = *d;
-            spec.declinesQuit = false;
+            desc.quitDelay = *d;
+            desc.declinesQuit = false;
         } else if (*w == "quits-with-last-window") {
-            spec.quitsWithLastWindow = true;
+            desc.quitsWithLastWindow = true;
         } else if (*w == "observer-fails") {
             auto err = accessibilityError(args);
             if (!err) break;
-            spec.observerError = *err;
+            desc.observerError = *err;
         } else {
             std::vector<std::string> options = {
                 "pid",           "bundle",        "no-bundle",   "name",
@@ -693,25 +693,25 @@ sim::AppSpec Parser::appOptions(Args& args, const std::string& handle, const Dec
             break;
         }
     }
-    if (!args.ok()) return spec;
+    if (!args.ok()) return desc;
     if (!bundleGiven) {
         args.fail(args.command() + " " + handle + " needs a bundle id (as in " + args.command() +
                   " " + handle + " com.example.App) or no-bundle");
-        return spec;
+        return desc;
     }
     if (!pidGiven) {
         if (!known || args.command() == "launch") {
             while (usedPids.count(nextPid)) ++nextPid;
-            spec.pid = nextPid++;
+            desc.pid = nextPid++;
         }
-    } else if (usedPids.count(spec.pid) && !(known && known->spec.pid == spec.pid)) {
+    } else if (usedPids.count(desc.pid) && !(known && known->desc.pid == desc.pid)) {
         std::string owner;
         for (const auto& [name, app] : apps)
-            if (app.spec.pid == spec.pid) owner = name;
-        args.fail("pid " + std::to_string(spec.pid) + " is already " +
+            if (app.desc.pid == desc.pid) owner = name;
+        args.fail("pid " + std::to_string(desc.pid) + " is already " +
                   (owner.empty() ? std::string("taken") : owner + "’s"));
     }
-    return spec;
+    return desc;
 }
 
 void Parser::appCommand(Args& args) {
@@ -725,15 +725,15 @@ void Parser::appCommand(Args& args) {
     }
     if (isKeyword(*handle) || *handle == "none" || *handle == "close")
         return args.fail(inQuotes(*handle) + " is a keyword and cannot name an app");
-    sim::AppSpec spec = appOptions(args, *handle, nullptr);
+    sim::AppSpec desc = appOptions(args, *handle, nullptr);
     // Known from here on even when the line is wrong, so that one mistake gives one message.
-    apps[*handle] = DeclaredApp{spec, args.line()};
+    apps[*handle] = DeclaredApp{desc, args.line()};
     if (!args.ok()) return;
-    usedPids.insert(spec.pid);
+    usedPids.insert(desc.pid);
     std::string h = *handle;
-    addStep(args.line(), "app", [h, spec](ScenarioRunner& r) {
-        r.declareApp(h, spec);
-        r.desktop().addApp(spec);
+    addStep(args.line(), "app", [h, desc](ScenarioRunner& r) {
+        r.declareApp(h, desc);
+        r.desktop().addApp(desc);
     });
 }
 
@@ -746,20 +746,20 @@ void Parser::launchCommand(Args& args) {
         return args.fail(inQuotes(*handle) + " is a keyword and cannot name an app");
     auto it = apps.find(*handle);
     const DeclaredApp* known = it == apps.end() ? nullptr : &it->second;
-    sim::AppSpec spec = appOptions(args, *handle, known);
+    sim::AppSpec desc = appOptions(args, *handle, known);
     if (!args.ok()) return;
     int line = args.line();
-    apps[*handle] = DeclaredApp{spec, known ? known->line : line};
-    usedPids.insert(spec.pid);
+    apps[*handle] = DeclaredApp{desc, known ? known->line : line};
+    usedPids.insert(desc.pid);
     std::string h = *handle;
-    addStep(line, "launch", [h, spec, line](ScenarioRunner& r) {
-        if (auto* app = r.app(h); app && r.desktop().isRunning(app->spec.pid))
+    addStep(line, "launch", [h, desc, line](ScenarioRunner& r) {
+        if (auto* app = r.app(h); app && r.desktop().isRunning(app->desc.pid))
             return r.error(line,
-                           h + " is already running (pid " + std::to_string(app->spec.pid) + ")");
-        if (r.desktop().isRunning(spec.pid))
-            return r.error(line, "pid " + std::to_string(spec.pid) + " is already running");
-        r.declareApp(h, spec);
-        r.desktop().launchApp(spec);
+                           h + " is already running (pid " + std::to_string(app->desc.pid) + ")");
+        if (r.desktop().isRunning(desc.pid))
+            return r.error(line, "pid " + std::to_string(desc.pid) + " is already running");
+        r.declareApp(h, desc);
+        r.desktop().launchApp(desc);
     });
 }
 
@@ -768,11 +768,11 @@ namespace {
 // The running application under a handle, or a run-time error.
 std::optional<Pid> runningPid(ScenarioRunner& r, int line, const std::string& handle) {
     auto* app = r.app(handle);
-    if (!app || !r.desktop().isRunning(app->spec.pid)) {
+    if (!app || !r.desktop().isRunning(app->desc.pid)) {
         r.error(line, handle + " is not running");
         return std::nullopt;
     }
-    return app->spec.pid;
+    return app->desc.pid;
 }
 
 }  // namespace
@@ -826,33 +826,33 @@ void Parser::quitResponseCommand(Args& args) {
     addStep(line, "quit-response", [h, line, declines, delay](ScenarioRunner& r) {
         auto* app = r.app(h);
         if (!app) return r.error(line, "no app named \"" + h + "\"");
-        app->spec.declinesQuit = declines;
-        app->spec.quitDelay = delay;
-        if (r.desktop().isRunning(app->spec.pid))
-            r.desktop().setQuitBehaviour(app->spec.pid, declines, delay);
+        app->desc.declinesQuit = declines;
+        app->desc.quitDelay = delay;
+        if (r.desktop().isRunning(app->desc.pid))
+            r.desktop().setQuitBehaviour(app->desc.pid, declines, delay);
     });
 }
 
 // ---- Windows ----
 
-std::optional<sim::CloseButtonSpec> Parser::closeButtonSpec(Args& args, sim::CloseButtonSpec spec) {
+std::optional<sim::CloseButtonSpec> Parser::closeButtonSpec(Args& args, sim::CloseButtonSpec desc) {
     auto w = args.bare("enabled, disabled, unreadable, missing [ERROR] or frame X,Y WxH");
     if (!w) return std::nullopt;
     if (*w == "enabled") {
-        spec.present = true;
-        spec.enabled = true;
+        desc.present = true;
+        desc.enabled = true;
     } else if (*w == "disabled") {
-        spec.present = true;
-        spec.enabled = false;
+        desc.present = true;
+        desc.enabled = false;
     } else if (*w == "unreadable") {
-        spec.present = true;
-        spec.enabled = std::nullopt;
+        desc.present = true;
+        desc.enabled = std::nullopt;
     } else if (*w == "missing") {
-        spec.present = false;
-        spec.missingError = axerror::attributeUnsupported;
+        desc.present = false;
+        desc.missingError = axerror::attributeUnsupported;
         if (const Token* t = args.peek(); t && !t->quoted) {
             if (auto e = parseAXError(t->text)) {
-                spec.missingError = *e;
+                desc.missingError = *e;
                 args.accept(t->text);
             }
         }
@@ -861,8 +861,8 @@ std::optional<sim::CloseButtonSpec> Parser::closeButtonSpec(Args& args, sim::Clo
         if (!p) return std::nullopt;
         auto s = args.size("the close button's size");
         if (!s) return std::nullopt;
-        spec.present = true;
-        spec.frame = Rect{*p, *s};
+        desc.present = true;
+        desc.frame = Rect{*p, *s};
     } else {
         args.fail(
             "a close button is enabled, disabled, unreadable, missing [ERROR] or frame X,Y WxH, "
@@ -870,7 +870,7 @@ std::optional<sim::CloseButtonSpec> Parser::closeButtonSpec(Args& args, sim::Clo
             inQuotes(*w));
         return std::nullopt;
     }
-    return spec;
+    return desc;
 }
 
 void Parser::windowCommand(Args& args) {
@@ -878,8 +878,8 @@ void Parser::windowCommand(Args& args) {
     if (!handle || !knownApp(args, *handle)) return;
     auto title = args.text("a window title");
     if (!title) return;
-    sim::WindowSpec spec;
-    spec.title = *title;
+    sim::WindowSpec desc;
+    desc.title = *title;
     bool notify = true;
     while (!args.done()) {
         auto w = args.bare("a window option");
@@ -887,32 +887,32 @@ void Parser::windowCommand(Args& args) {
         if (*w == "at") {
             auto p = args.point("the window's origin");
             if (!p) return;
-            spec.frame.origin = *p;
+            desc.frame.origin = *p;
         } else if (*w == "size") {
             auto s = args.size("the window's size");
             if (!s) return;
-            spec.frame.size = *s;
+            desc.frame.size = *s;
         } else if (*w == "role") {
             auto r = args.word("a role");
             if (!r) return;
-            spec.role = r->text;
+            desc.role = r->text;
         } else if (*w == "subrole") {
             auto s = args.word("a subrole or none");
             if (!s) return;
             if (!s->quoted && s->text == "none")
-                spec.subrole.reset();
+                desc.subrole.reset();
             else
-                spec.subrole = s->text;
+                desc.subrole = s->text;
         } else if (*w == "close-button") {
-            auto b = closeButtonSpec(args, spec.closeButton);
+            auto b = closeButtonSpec(args, desc.closeButton);
             if (!b) return;
-            spec.closeButton = *b;
+            desc.closeButton = *b;
         } else if (*w == "asks-to-save") {
-            spec.asksToSave = true;
+            desc.asksToSave = true;
         } else if (*w == "close-delay") {
             auto d = args.duration("a duration");
             if (!d) return;
-            spec.closeDelay = *d;
+            desc.closeDelay = *d;
         } else if (*w == "unannounced") {
             notify = false;
         } else {
@@ -929,11 +929,11 @@ void Parser::windowCommand(Args& args) {
     titles[*handle].insert(*title);
     std::string h = *handle;
     int line = args.line();
-    addStep(line, "window", [h, spec, notify, line](ScenarioRunner& r) {
+    addStep(line, "window", [h, desc, notify, line](ScenarioRunner& r) {
         auto pid = runningPid(r, line, h);
         if (!pid) return;
-        sim::ElementId id = r.desktop().addWindow(*pid, spec, notify);
-        r.rememberWindow(h, spec.title, id, spec.frame);
+        sim::ElementId id = r.desktop().addWindow(*pid, desc, notify);
+        r.rememberWindow(h, desc.title, id, desc.frame);
     });
 }
 
@@ -1076,10 +1076,10 @@ void Parser::retitleCommand(Args& args) {
 void Parser::closeButtonCommand(Args& args) {
     auto ref = windowRef(args);
     if (!ref) return;
-    auto spec = closeButtonSpec(args, sim::CloseButtonSpec{});
-    if (!spec || !args.end()) return;
+    auto desc = closeButtonSpec(args, sim::CloseButtonSpec{});
+    if (!desc || !args.end()) return;
     int line = args.line();
-    sim::CloseButtonSpec b = *spec;
+    sim::CloseButtonSpec b = *desc;
     addStep(line, "close-button", [ref, b, line](ScenarioRunner& r) {
         if (auto id = r.openWindow(line, ref->first, ref->second))
             r.desktop().setCloseButton(*id, b);
@@ -1145,8 +1145,8 @@ void Parser::clickCommand(Args& args) {
         // A click in a window's content brings its application to the front; a click on a
         // close button does not (the buttons of inactive windows work in place).
         if (!onClose) {
-            if (auto* app = r.app(ref->first); app && r.desktop().isRunning(app->spec.pid))
-                r.desktop().setFrontmost(app->spec.pid);
+            if (auto* app = r.app(ref->first); app && r.desktop().isRunning(app->desc.pid))
+                r.desktop().setFrontmost(app->desc.pid);
         }
     });
 }

@@ -94,7 +94,7 @@ class Parser {
 
     // ---- Declarations, as the lines so far have made them ----
     struct DeclaredApp {
-        sim::AppSpec spec;
+        sim::AppSpec desc;
         int line = 0;
     };
     // The application under a handle; reports an unknown one.

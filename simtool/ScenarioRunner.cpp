@@ -133,7 +133,7 @@ void ScenarioRunner::checkInvariants(RunResult& result) {
         for (const auto& [handle, app] : apps_) {
             if (std::find(app.pids.begin(), app.pids.end(), q.pid) != app.pids.end()) {
                 who = handle;
-                bundle = app.spec.bundleID;
+                bundle = app.desc.bundleID;
             }
         }
         std::string when = timeOfDay(q.at);
@@ -157,12 +157,12 @@ ScenarioRunner::App* ScenarioRunner::app(const std::string& handle) {
     return it == apps_.end() ? nullptr : &it->second;
 }
 
-void ScenarioRunner::declareApp(const std::string& handle, const sim::AppSpec& spec) {
+void ScenarioRunner::declareApp(const std::string& handle, const sim::AppSpec& desc) {
     App& a = apps_[handle];
     a.handle = handle;
-    a.spec = spec;
-    if (std::find(a.pids.begin(), a.pids.end(), spec.pid) == a.pids.end())
-        a.pids.push_back(spec.pid);
+    a.desc = desc;
+    if (std::find(a.pids.begin(), a.pids.end(), desc.pid) == a.pids.end())
+        a.pids.push_back(desc.pid);
 }
 
 std::vector<Pid> ScenarioRunner::pidsOf(const std::string& handle) const {

@@ -69,12 +69,12 @@ class ScenarioRunner {
 
     struct App {
         std::string handle;
-        sim::AppSpec spec;      // as last declared or launched (the current pid)
+        sim::AppSpec desc;      // as last declared or launched (the current pid)
         std::vector<Pid> pids;  // every process id it has had
     };
     // The application known under a handle; nullptr when none is.
     App* app(const std::string& handle);
-    void declareApp(const std::string& handle, const sim::AppSpec& spec);
+    void declareApp(const std::string& handle, const sim::AppSpec& desc);
 
     // The open window (or dialog) of an application with this title. When it is not open,
     // reports a run-time error on `line` and gives none.

@@ -71,7 +71,7 @@ MainWindowModel::NameCell MainWindowModel::nameCell(const AppRow& row) {
 }
 
 const MainWindowModel::OpenPanelSpec& MainWindowModel::addAppPanel() {
-    static const OpenPanelSpec spec{
+    static const OpenPanelSpec desc{
         "Choose an app Quelto should never quit",
         "Never Quit",
         "Pick one or more apps that should keep running when you close their last window.",
@@ -81,7 +81,7 @@ const MainWindowModel::OpenPanelSpec& MainWindowModel::addAppPanel() {
         false,
         false,
         "/Applications"};
-    return spec;
+    return desc;
 }
 
 void MainWindowModel::reloadApps(const Config& config) {

@@ -482,21 +482,21 @@ class MacUpdateButton final : public quelto::UpdateButton {
 
 - (void)addApp {
     _model->addAppClicked();
-    const quelto::MainWindowModel::OpenPanelSpec& spec = quelto::MainWindowModel::addAppPanel();
+    const quelto::MainWindowModel::OpenPanelSpec& desc = quelto::MainWindowModel::addAppPanel();
     NSOpenPanel* panel = [NSOpenPanel openPanel];
-    panel.title = toNSString(spec.title);
-    panel.prompt = toNSString(spec.prompt);
-    panel.message = toNSString(spec.message);
+    panel.title = toNSString(desc.title);
+    panel.prompt = toNSString(desc.prompt);
+    panel.message = toNSString(desc.message);
     NSMutableArray<UTType*>* types = [NSMutableArray array];
-    for (const std::string& identifier : spec.allowedContentTypes)
+    for (const std::string& identifier : desc.allowedContentTypes)
         if (UTType* type = [UTType typeWithIdentifier:toNSString(identifier)])
             [types addObject:type];
     panel.allowedContentTypes = types;
-    panel.allowsMultipleSelection = spec.allowsMultipleSelection;
-    panel.canChooseFiles = spec.canChooseFiles;
-    panel.canChooseDirectories = spec.canChooseDirectories;
-    panel.treatsFilePackagesAsDirectories = spec.treatsFilePackagesAsDirectories;
-    panel.directoryURL = [NSURL fileURLWithPath:toNSString(spec.directory) isDirectory:YES];
+    panel.allowsMultipleSelection = desc.allowsMultipleSelection;
+    panel.canChooseFiles = desc.canChooseFiles;
+    panel.canChooseDirectories = desc.canChooseDirectories;
+    panel.treatsFilePackagesAsDirectories = desc.treatsFilePackagesAsDirectories;
+    panel.directoryURL = [NSURL fileURLWithPath:toNSString(desc.directory) isDirectory:YES];
 
     [NSApp activateIgnoringOtherApps:YES];
     std::shared_ptr<quelto::MainWindowModel> model = _model;
@@ -540,14 +540,14 @@ class MacUpdateButton final : public quelto::UpdateButton {
         if (index >= _appRows.size()) return nil;
         const quelto::MainWindowModel::AppRow& app = _appRows[index];
         if (column == "exclude") {
-            quelto::MainWindowModel::ExcludeBox spec = quelto::MainWindowModel::excludeBox(app);
+            quelto::MainWindowModel::ExcludeBox desc = quelto::MainWindowModel::excludeBox(app);
             NSButton* box = [NSButton checkboxWithTitle:@""
                                                  target:self
                                                  action:@selector(toggleExclusion:)];
-            box.identifier = toNSString(spec.identifier);
-            box.state = spec.checked ? NSControlStateValueOn : NSControlStateValueOff;
-            box.enabled = spec.enabled;
-            box.toolTip = spec.toolTip ? toNSString(*spec.toolTip) : nil;
+            box.identifier = toNSString(desc.identifier);
+            box.state = desc.checked ? NSControlStateValueOn : NSControlStateValueOff;
+            box.enabled = desc.enabled;
+            box.toolTip = desc.toolTip ? toNSString(*desc.toolTip) : nil;
             return box;
         }
         quelto::MainWindowModel::NameCell cell = quelto::MainWindowModel::nameCell(app);

@@ -6,12 +6,12 @@
 
 namespace quelto::mac {
 
-long MacAlerts::runModal(const AlertSpec& spec) {
+long MacAlerts::runModal(const AlertSpec& desc) {
     NSAlert* alert = [[NSAlert alloc] init];
-    alert.messageText = toNSString(spec.messageText);
-    alert.informativeText = toNSString(spec.informativeText);
+    alert.messageText = toNSString(desc.messageText);
+    alert.informativeText = toNSString(desc.informativeText);
     // Buttons answer 1000, 1001, … in the order added; with none, the alert's own OK is 1000.
-    for (const std::string& title : spec.buttons) [alert addButtonWithTitle:toNSString(title)];
+    for (const std::string& title : desc.buttons) [alert addButtonWithTitle:toNSString(title)];
     return static_cast<long>([alert runModal]);
 }
 

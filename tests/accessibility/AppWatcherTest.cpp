@@ -43,9 +43,9 @@ TEST_F(WatcherTest, NoWatcherForProcessIdZeroOrNegative) {
 }
 
 TEST_F(WatcherTest, NoWatcherWhenNoObserverCanBeMade) {
-    auto spec = sim::testing::app(43, "Locked");
-    spec.observerError = axerror::cannotComplete;
-    desktop.addApp(spec);
+    auto desc = sim::testing::app(43, "Locked");
+    desc.observerError = axerror::cannotComplete;
+    desktop.addApp(desc);
     EXPECT_EQ(AppWatcher::create(desktop.runningApplication(43), sink), nullptr);
     EXPECT_EQ(desktop.liveObserverCount(), 0);
     EXPECT_EQ(desktop.observersWithSourceOnRunLoop(), 0);
@@ -216,10 +216,10 @@ TEST_F(WatcherTest, DestroyedWindowWhoseRoleWasNeverReadableIsNotReported) {
 }
 
 TEST_F(WatcherTest, DestroyedCustomChromeWindowIsNotReported) {
-    auto spec = sim::testing::window("Chrome");
-    spec.closeButton.present = false;
-    spec.closeButton.missingError = axerror::noValue;
-    ElementId w = desktop.addWindow(pid, spec);
+    auto desc = sim::testing::window("Chrome");
+    desc.closeButton.present = false;
+    desc.closeButton.missingError = axerror::noValue;
+    ElementId w = desktop.addWindow(pid, desc);
     auto watcher = makeWatcher();
     EXPECT_EQ(watcher->missReason(ref(w)), CloseButtonMiss::unsupported(axerror::noValue));
     desktop.destroyWindow(w);
@@ -230,9 +230,9 @@ TEST_F(WatcherTest, DestroyedCustomChromeWindowIsNotReported) {
 }
 
 TEST_F(WatcherTest, DestroyedWindowWithADisabledButtonIsReportedWithTheMiss) {
-    auto spec = sim::testing::window("Disabled");
-    spec.closeButton.enabled = false;
-    ElementId w = desktop.addWindow(pid, spec);
+    auto desc = sim::testing::window("Disabled");
+    desc.closeButton.enabled = false;
+    ElementId w = desktop.addWindow(pid, desc);
     auto watcher = makeWatcher();
     desktop.destroyWindow(w);
     desktop.runDue();

@@ -14,9 +14,9 @@ using sim::ElementId;
 constexpr Date start{1767225600.0};
 
 sim::CloseButtonSpec buttonAt(Rect frame) {
-    sim::CloseButtonSpec spec;
-    spec.frame = frame;
-    return spec;
+    sim::CloseButtonSpec desc;
+    desc.frame = frame;
+    return desc;
 }
 
 TEST_F(WatcherTest, FrameIsCachedWithTwoPointsOfSlack) {
@@ -100,12 +100,12 @@ TEST_F(WatcherTest, CustomChromeIsNotedOnceAcrossMoves) {
 
 TEST_F(WatcherTest, CustomChromeNoteIsPerWindowAndComesBackAfterADestroyedWindow) {
     LogCapture capture;
-    auto spec = sim::testing::window("");
-    spec.closeButton.present = false;  // attribute-unsupported
-    ElementId a = desktop.addWindow(pid, spec);
+    auto desc = sim::testing::window("");
+    desc.closeButton.present = false;  // attribute-unsupported
+    ElementId a = desktop.addWindow(pid, desc);
     auto watcher = makeWatcher();
-    spec.title = "Second";
-    desktop.addWindow(pid, spec);
+    desc.title = "Second";
+    desktop.addWindow(pid, desc);
     desktop.advance(1);
     desktop.destroyWindow(a);
     desktop.runDue();
@@ -162,9 +162,9 @@ TEST_F(WatcherTest, EveryTriggerStartsItsOwnChain) {
 }
 
 TEST_F(WatcherTest, UnreadableEnabledCountsAsEnabled) {
-    auto spec = sim::testing::window("Doc");
-    spec.closeButton.enabled = std::nullopt;
-    ElementId w = desktop.addWindow(pid, spec);
+    auto desc = sim::testing::window("Doc");
+    desc.closeButton.enabled = std::nullopt;
+    ElementId w = desktop.addWindow(pid, desc);
     auto watcher = makeWatcher();
     EXPECT_TRUE(watcher->closeButtonFrames().count(ref(w)));
     desktop.setAttribute(desktop.closeButtonOf(w), "AXEnabled", AXValue("yes"));
@@ -174,9 +174,9 @@ TEST_F(WatcherTest, UnreadableEnabledCountsAsEnabled) {
 }
 
 TEST_F(WatcherTest, DisabledButtonIsRecordedAndNeverRetriedBySchedule) {
-    auto spec = sim::testing::window("Doc");
-    spec.closeButton.enabled = false;
-    ElementId w = desktop.addWindow(pid, spec);
+    auto desc = sim::testing::window("Doc");
+    desc.closeButton.enabled = false;
+    ElementId w = desktop.addWindow(pid, desc);
     auto watcher = makeWatcher();
     EXPECT_EQ(watcher->missReason(ref(w)), CloseButtonMiss::disabled());
     EXPECT_EQ(desktop.pendingWorkCount(), 0u);

@@ -129,80 +129,80 @@ std::optional<sim::ElementId> ChaosRun::randomWindow() {
 }
 
 void ChaosRun::startApp(bool withLaunchNotification) {
-    sim::AppSpec spec;
-    spec.pid = nextPid_++;
-    App app{spec.pid, "", ""};
+    sim::AppSpec desc;
+    desc.pid = nextPid_++;
+    App app{desc.pid, "", ""};
     if (random_.chance(0.85)) {
-        spec.name = "App" + std::to_string(spec.pid);
-        app.name = *spec.name;
+        desc.name = "App" + std::to_string(desc.pid);
+        app.name = *desc.name;
     } else {
-        app.name = "pid " + std::to_string(spec.pid);
+        app.name = "pid " + std::to_string(desc.pid);
     }
     // Mostly ordinary identifiers, so that decisions get past the never-quit list.
     static const std::vector<std::string> ordinary = {"com.example.Alpha", "com.example.Beta",
                                                       "com.example.Gamma", "com.example.Delta",
                                                       "Com.example.Alpha"};
     std::string id = random_.chance(0.7) ? random_.pick(ordinary) : random_.pick(bundleIDs_);
-    if (id != "<none>") spec.bundleID = id;
+    if (id != "<none>") desc.bundleID = id;
     app.bundleID = id;
     double policy = random_.unit();
-    spec.policy = policy < 0.9    ? ActivationPolicy::regular
+    desc.policy = policy < 0.9    ? ActivationPolicy::regular
                   : policy < 0.97 ? ActivationPolicy::accessory
                                   : ActivationPolicy::prohibited;
-    spec.declinesQuit = random_.chance(0.2);
-    spec.quitDelay = random_.between(0.05, 3.0);
-    spec.quitsWithLastWindow = random_.chance(0.15);
-    if (random_.chance(0.04)) spec.observerError = axerror::cannotComplete;
+    desc.declinesQuit = random_.chance(0.2);
+    desc.quitDelay = random_.between(0.05, 3.0);
+    desc.quitsWithLastWindow = random_.chance(0.15);
+    if (random_.chance(0.04)) desc.observerError = axerror::cannotComplete;
 
-    apps_[spec.pid] = app;
-    running_.push_back(spec.pid);
+    apps_[desc.pid] = app;
+    running_.push_back(desc.pid);
     note(std::string(withLaunchNotification ? "launch " : "add running ") + app.name + " (" +
-         app.bundleID + ")" + (spec.declinesQuit ? " declining quits" : "") +
-         (spec.quitsWithLastWindow ? " quitting with its last window" : ""));
+         app.bundleID + ")" + (desc.declinesQuit ? " declining quits" : "") +
+         (desc.quitsWithLastWindow ? " quitting with its last window" : ""));
     if (withLaunchNotification) {
-        desktop_->launchApp(spec);
+        desktop_->launchApp(desc);
         ++tally_.launches;
     } else {
-        desktop_->addApp(spec);
+        desktop_->addApp(desc);
     }
-    for (long n = random_.between(0L, 3L); n > 0; --n) addWindow(spec.pid);
+    for (long n = random_.between(0L, 3L); n > 0; --n) addWindow(desc.pid);
 }
 
 void ChaosRun::addWindow(Pid pid) {
     if (desktop_->windowsOf(pid).size() >= maxWindowsPerApp) return;
-    sim::WindowSpec spec;
-    spec.title = "W" + std::to_string(nextTitle_++);
-    if (random_.chance(0.05)) spec.role = "AXPanel";
+    sim::WindowSpec desc;
+    desc.title = "W" + std::to_string(nextTitle_++);
+    if (random_.chance(0.05)) desc.role = "AXPanel";
     double subrole = random_.unit();
     if (subrole < 0.8)
-        spec.subrole = "AXStandardWindow";
+        desc.subrole = "AXStandardWindow";
     else if (subrole < 0.85)
-        spec.subrole = "AXDialog";
+        desc.subrole = "AXDialog";
     else if (subrole < 0.9)
-        spec.subrole = "AXFloatingWindow";
+        desc.subrole = "AXFloatingWindow";
     else if (subrole < 0.95)
-        spec.subrole = std::nullopt;
+        desc.subrole = std::nullopt;
     else
-        spec.subrole = "AXSystemDialog";
-    spec.frame = Rect{{random_.between(0.0, 1800.0), random_.between(0.0, 1000.0)},
+        desc.subrole = "AXSystemDialog";
+    desc.frame = Rect{{random_.between(0.0, 1800.0), random_.between(0.0, 1000.0)},
                       {random_.between(200.0, 900.0), random_.between(150.0, 700.0)}};
     if (random_.chance(0.12)) {
-        spec.closeButton.present = false;
-        spec.closeButton.missingError =
+        desc.closeButton.present = false;
+        desc.closeButton.missingError =
             random_.chance(0.5) ? axerror::attributeUnsupported : axerror::noValue;
     }
     double enabled = random_.unit();
     if (enabled < 0.08)
-        spec.closeButton.enabled = false;
+        desc.closeButton.enabled = false;
     else if (enabled < 0.15)
-        spec.closeButton.enabled = std::nullopt;
-    spec.asksToSave = random_.chance(0.2);
-    spec.closeDelay = random_.between(0.0, 0.3);
+        desc.closeButton.enabled = std::nullopt;
+    desc.asksToSave = random_.chance(0.2);
+    desc.closeDelay = random_.between(0.0, 0.3);
     bool notify = random_.chance(0.9);
-    note("window " + spec.title + " for pid " + std::to_string(pid) +
-         (spec.closeButton.present ? "" : " without a close button") +
-         (spec.asksToSave ? " asking to save" : "") + (notify ? "" : " (no notification)"));
-    desktop_->addWindow(pid, spec, notify);
+    note("window " + desc.title + " for pid " + std::to_string(pid) +
+         (desc.closeButton.present ? "" : " without a close button") +
+         (desc.asksToSave ? " asking to save" : "") + (notify ? "" : " (no notification)"));
+    desktop_->addWindow(pid, desc, notify);
 }
 
 void ChaosRun::clickCloseButton() {

@@ -18,26 +18,26 @@ class ClickAttributionTest : public EngineTest {
     }
 
     sim::ElementId slowWindow(Pid pid, const std::string& title, double closeDelay = 30) {
-        sim::WindowSpec spec;
-        spec.title = title;
-        spec.closeDelay = closeDelay;
-        return addWindow(pid, spec);
+        sim::WindowSpec desc;
+        desc.title = title;
+        desc.closeDelay = closeDelay;
+        return addWindow(pid, desc);
     }
 
     sim::ElementId savingWindow(Pid pid, const std::string& title) {
-        sim::WindowSpec spec;
-        spec.title = title;
-        spec.asksToSave = true;
-        return addWindow(pid, spec);
+        sim::WindowSpec desc;
+        desc.title = title;
+        desc.asksToSave = true;
+        return addWindow(pid, desc);
     }
 
     // A window whose close button the watcher reads as disabled, so that no frame is cached
     // for it; enableOnScreen() later turns it on without the watcher noticing.
     sim::ElementId disabledWindow(Pid pid, const std::string& title) {
-        sim::WindowSpec spec;
-        spec.title = title;
-        spec.closeButton.enabled = false;
-        return addWindow(pid, spec);
+        sim::WindowSpec desc;
+        desc.title = title;
+        desc.closeButton.enabled = false;
+        return addWindow(pid, desc);
     }
 
     void enableOnScreen(sim::ElementId window) {

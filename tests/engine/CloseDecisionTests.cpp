@@ -275,12 +275,12 @@ TEST_F(CloseDecisionTest, WithNoEscapeAnyModifiersNeverEscape) {
 }
 
 TEST_F(CloseDecisionTest, TheEscapeUsesTheModifiersOfTheClickConsumedLast) {
-    sim::WindowSpec spec;
-    spec.closeDelay = 0.2;
-    spec.title = "A";
-    auto a = addWindow(textEdit, spec);
-    spec.title = "B";
-    auto b = addWindow(textEdit, spec);
+    sim::WindowSpec desc;
+    desc.closeDelay = 0.2;
+    desc.title = "A";
+    auto a = addWindow(textEdit, desc);
+    desc.title = "B";
+    auto b = addWindow(textEdit, desc);
     startAndSettle();
     clickClose(a, modifier::shift);
     desktop.advance(0.05);
@@ -291,12 +291,12 @@ TEST_F(CloseDecisionTest, TheEscapeUsesTheModifiersOfTheClickConsumedLast) {
 }
 
 TEST_F(CloseDecisionTest, TheEscapeUsesTheModifiersOfTheClickConsumedLastEvenWhenShifted) {
-    sim::WindowSpec spec;
-    spec.closeDelay = 0.2;
-    spec.title = "A";
-    auto a = addWindow(textEdit, spec);
-    spec.title = "B";
-    auto b = addWindow(textEdit, spec);
+    sim::WindowSpec desc;
+    desc.closeDelay = 0.2;
+    desc.title = "A";
+    auto a = addWindow(textEdit, desc);
+    desc.title = "B";
+    auto b = addWindow(textEdit, desc);
     startAndSettle();
     clickClose(a, 0);
     desktop.advance(0.05);
@@ -508,10 +508,10 @@ TEST_F(CloseDecisionTest, OnlyTheArmedAppsAreQuit) {
 }
 
 TEST_F(CloseDecisionTest, AWindowWhoseCloseButtonWasDisabledWasClosedByTheApp) {
-    sim::WindowSpec spec;
-    spec.title = "Progress";
-    spec.closeButton.enabled = false;
-    auto w = addWindow(textEdit, spec);
+    sim::WindowSpec desc;
+    desc.title = "Progress";
+    desc.closeButton.enabled = false;
+    auto w = addWindow(textEdit, desc);
     startAndSettle();
     keyboardClose(w);
     EXPECT_EQ(takeLog(), (Lines{
@@ -528,10 +528,10 @@ TEST_F(CloseDecisionTest, AWindowWhoseCloseButtonWasDisabledWasClosedByTheApp) {
 }
 
 TEST_F(CloseDecisionTest, ADisabledButtonGatheredWithACachedOneIsNotTheDisabledCase) {
-    sim::WindowSpec spec;
-    spec.title = "Progress";
-    spec.closeButton.enabled = false;
-    auto progress = addWindow(textEdit, spec);
+    sim::WindowSpec desc;
+    desc.title = "Progress";
+    desc.closeButton.enabled = false;
+    auto progress = addWindow(textEdit, desc);
     auto notes = addWindow(textEdit, "Notes");
     startAndSettle();
     desktop.closeWindowWithoutClick(progress);

@@ -70,11 +70,11 @@ inline void removeConfig() {
 
 inline sim::AppSpec appSpec(Pid pid, std::optional<std::string> bundleID,
                             std::optional<std::string> name) {
-    sim::AppSpec spec;
-    spec.pid = pid;
-    spec.bundleID = std::move(bundleID);
-    spec.name = std::move(name);
-    return spec;
+    sim::AppSpec desc;
+    desc.pid = pid;
+    desc.bundleID = std::move(bundleID);
+    desc.name = std::move(name);
+    return desc;
 }
 
 class EngineTest : public ::testing::Test {
@@ -114,15 +114,15 @@ class EngineTest : public ::testing::Test {
 
     // Windows are laid out side by side so that no window covers another's close button.
     sim::ElementId addWindow(Pid pid, const std::string& title, bool notify = true) {
-        sim::WindowSpec spec;
-        spec.title = title;
-        return addWindow(pid, spec, notify);
+        sim::WindowSpec desc;
+        desc.title = title;
+        return addWindow(pid, desc, notify);
     }
 
-    sim::ElementId addWindow(Pid pid, sim::WindowSpec spec, bool notify = true) {
-        spec.frame.origin = {100.0 + 1000.0 * (placed_ % 8), 100.0 + 800.0 * (placed_ / 8)};
+    sim::ElementId addWindow(Pid pid, sim::WindowSpec desc, bool notify = true) {
+        desc.frame.origin = {100.0 + 1000.0 * (placed_ % 8), 100.0 + 800.0 * (placed_ / 8)};
         ++placed_;
-        auto id = desktop.addWindow(pid, spec, notify);
+        auto id = desktop.addWindow(pid, desc, notify);
         desktop.runDue();
         return id;
     }

@@ -98,9 +98,9 @@ TEST_F(InvariantTest, NothingIsQuitWhileTheSwitchIsOff) {
 TEST_F(InvariantTest, EveryQuitIsAPoliteRequestNeverAForcedOne) {
     writeConfig("live = true\nmode = red-dot\narm = *\n");
     for (Pid pid = 101; pid <= 104; ++pid) {
-        auto spec = appSpec(pid, "com.example.App" + std::to_string(pid), "App");
-        spec.declinesQuit = pid % 2 == 0;
-        desktop.addApp(spec);
+        auto desc = appSpec(pid, "com.example.App" + std::to_string(pid), "App");
+        desc.declinesQuit = pid % 2 == 0;
+        desktop.addApp(desc);
         addWindow(pid, "A");
         addWindow(pid, "B");
     }

@@ -80,9 +80,9 @@ TEST_F(RoadOfOneCloseTest, ALaunchedApplicationIsFollowedFromItsLaunchToItsQuit)
 }
 
 TEST_F(RoadOfOneCloseTest, AnAppThatQuitsItselfDuringTheGatheringGetsNoReport) {
-    auto spec = appSpec(textEdit, "com.apple.TextEdit", "TextEdit");
-    spec.quitsWithLastWindow = true;
-    desktop.addApp(spec);
+    auto desc = appSpec(textEdit, "com.apple.TextEdit", "TextEdit");
+    desc.quitsWithLastWindow = true;
+    desktop.addApp(desc);
     auto notes = addWindow(textEdit, "Notes");
     startEngine();
     desktop.advance(10);

@@ -74,9 +74,9 @@ class TerminationTest : public EngineTest {
     void SetUp() override {
         EngineTest::SetUp();
         writeConfig("live = true\nmode = red-dot\narm = *\n");
-        auto spec = appSpec(textEdit, "com.apple.TextEdit", "TextEdit");
-        spec.declinesQuit = true;
-        desktop.addApp(spec);
+        auto desc = appSpec(textEdit, "com.apple.TextEdit", "TextEdit");
+        desc.declinesQuit = true;
+        desktop.addApp(desc);
         for (const char* title : {"One", "Two", "Three"})
             windows.push_back(addWindow(textEdit, title));
         startEngine();

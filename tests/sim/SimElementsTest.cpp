@@ -89,19 +89,19 @@ TEST_F(SimElements, CloseButtonDerivedFromTheWindowAndMovingWithIt) {
 }
 
 TEST_F(SimElements, ExplicitCloseButtonFrameMovesWithItsWindow) {
-    WindowSpec spec;
-    spec.closeButton.frame = Rect{{100, 50}, {14, 16}};
-    ElementId w = desktop.addWindow(42, spec);
+    WindowSpec desc;
+    desc.closeButton.frame = Rect{{100, 50}, {14, 16}};
+    ElementId w = desktop.addWindow(42, desc);
     EXPECT_EQ(desktop.closeButtonFrame(w), (Rect{{100, 50}, {14, 16}}));
     desktop.moveWindow(w, Point{110, 130});
     EXPECT_EQ(desktop.closeButtonFrame(w), (Rect{{110, 80}, {14, 16}}));
 }
 
 TEST_F(SimElements, MissingCloseButtonAndUnreadableEnabled) {
-    WindowSpec spec;
-    spec.closeButton.present = false;
-    spec.closeButton.missingError = axerror::noValue;
-    ElementId w = desktop.addWindow(42, spec);
+    WindowSpec desc;
+    desc.closeButton.present = false;
+    desc.closeButton.missingError = axerror::noValue;
+    ElementId w = desktop.addWindow(42, desc);
     std::optional<AXValue> v;
     EXPECT_EQ(read(desktop.element(w), "AXCloseButton", v), axerror::noValue);
     EXPECT_EQ(desktop.closeButtonFrame(w), std::nullopt);

@@ -80,9 +80,9 @@ TEST_F(SimMouse, EdgeOfTheButtonIsExclusiveAtItsMaximum) {
 }
 
 TEST_F(SimMouse, DisabledButtonDoesNothing) {
-    WindowSpec spec;
-    spec.closeButton.enabled = false;
-    ElementId w = desktop.addWindow(5, spec);
+    WindowSpec desc;
+    desc.closeButton.enabled = false;
+    ElementId w = desktop.addWindow(5, desc);
     desktop.click(desktop.closeButtonFrame(w)->origin);
     desktop.advance(1);
     EXPECT_TRUE(desktop.isElementAlive(w));

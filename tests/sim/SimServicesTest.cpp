@@ -47,11 +47,11 @@ TEST(SimServices, BundleAndMachine) {
 TEST(SimServices, AlertsAnswerFromTheQueueThenTheDefault) {
     SimDesktop desktop;
     desktop.queueAlertAnswer(Alerts::secondButtonReturn);
-    AlertSpec spec{"Title", "Info", {"OK", "Cancel"}};
-    EXPECT_EQ(desktop.runModal(spec), Alerts::secondButtonReturn);
-    EXPECT_EQ(desktop.runModal(spec), Alerts::firstButtonReturn);
+    AlertSpec desc{"Title", "Info", {"OK", "Cancel"}};
+    EXPECT_EQ(desktop.runModal(desc), Alerts::secondButtonReturn);
+    EXPECT_EQ(desktop.runModal(desc), Alerts::firstButtonReturn);
     ASSERT_EQ(desktop.shownAlerts().size(), 2u);
-    EXPECT_EQ(desktop.shownAlerts()[0], spec);
+    EXPECT_EQ(desktop.shownAlerts()[0], desc);
 }
 
 TEST(SimServices, Pasteboard) {

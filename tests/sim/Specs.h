@@ -10,19 +10,19 @@ namespace quelto::sim::testing {
 
 inline AppSpec app(Pid pid, std::optional<std::string> name = std::nullopt,
                    std::optional<std::string> bundleID = std::nullopt) {
-    AppSpec spec;
-    spec.pid = pid;
-    spec.name = std::move(name);
-    spec.bundleID = std::move(bundleID);
-    return spec;
+    AppSpec desc;
+    desc.pid = pid;
+    desc.name = std::move(name);
+    desc.bundleID = std::move(bundleID);
+    return desc;
 }
 
 inline WindowSpec window(std::string title = "Untitled",
                          Rect frame = Rect{{100, 100}, {800, 600}}) {
-    WindowSpec spec;
-    spec.title = std::move(title);
-    spec.frame = frame;
-    return spec;
+    WindowSpec desc;
+    desc.title = std::move(title);
+    desc.frame = frame;
+    return desc;
 }
 
 inline WindowSpec window(Rect frame) {

@@ -106,12 +106,12 @@ inline bool contains(const Lines& lines, const std::string& line) {
 inline sim::AppSpec app(Pid pid, std::optional<std::string> bundleID,
                         std::optional<std::string> name,
                         ActivationPolicy policy = ActivationPolicy::regular) {
-    sim::AppSpec spec;
-    spec.pid = pid;
-    spec.bundleID = std::move(bundleID);
-    spec.name = std::move(name);
-    spec.policy = policy;
-    return spec;
+    sim::AppSpec desc;
+    desc.pid = pid;
+    desc.bundleID = std::move(bundleID);
+    desc.name = std::move(name);
+    desc.policy = policy;
+    return desc;
 }
 
 inline Activity::Entry entry(Date at, std::string app, std::string cause, std::string outcome,
