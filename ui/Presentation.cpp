@@ -42,7 +42,10 @@ std::string formatClockTime(Date date, bool seconds) {
     Clock* clock = platform().clock ? platform().clock : &systemClock();
     LocalTime t = clock->localTime(date);
     std::string s = twoDigits(t.hour) + ":" + twoDigits(t.minute);
-    if (seconds) s += ":" + twoDigits(t.second);
+    if (seconds) {
+        s += ':';
+        s += twoDigits(t.second);
+    }
     return s;
 }
 
