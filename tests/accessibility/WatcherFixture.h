@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,6 +13,7 @@
 #include "settings/Log.h"
 #include "sim/SimDesktop.h"
 #include "tests/sim/Specs.h"
+#include "tests/support/LogCapture.h"
 
 namespace quelto::testing {
 
@@ -33,47 +33,7 @@ class RecordingSink final : public DestroyedWindowSink {
     std::vector<DestroyedReport> reports;
 };
 
-// Collects every line the log writes while it exists; silences the log again afterwards.
-class LogCapture {
-  public:
-    LogCapture() {
-        Log::shared().drain();
-        Log::shared().setMirror([this](const std::string& line) {
-            std::lock_guard lock(mutex_);
-            lines_.push_back(line);
-        });
-    }
-    ~LogCapture() {
-        Log::shared().setMirror([](const std::string&) {});
-        Log::shared().drain();
-    }
-    LogCapture(const LogCapture&) = delete;
-    LogCapture& operator=(const LogCapture&) = delete;
-
-    // The lines written so far, without their line feeds.
-    std::vector<std::string> lines() {
-        Log::shared().drain();
-        std::lock_guard lock(mutex_);
-        std::vector<std::string> out;
-        for (std::string line : lines_) {
-            while (!line.empty() && line.back() == '\n') line.pop_back();
-            out.push_back(line);
-        }
-        return out;
-    }
-
-    // The lines containing `text`.
-    std::vector<std::string> linesContaining(const std::string& text) {
-        std::vector<std::string> out;
-        for (const std::string& line : lines())
-            if (line.find(text) != std::string::npos) out.push_back(line);
-        return out;
-    }
-
-  private:
-    std::mutex mutex_;
-    std::vector<std::string> lines_;
-};
+using LogCapture = test::LogCapture;
 
 class WatcherTest : public ::testing::Test {
   protected:

@@ -5,10 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -18,55 +15,20 @@
 #include "settings/Config.h"
 #include "settings/Log.h"
 #include "sim/SimDesktop.h"
+#include "tests/support/ConfigFiles.h"
+#include "tests/support/LogCapture.h"
 
 namespace quelto::enginetest {
 
 using Lines = std::vector<std::string>;
 
-// Every line the log writes, newline removed. The log is one per process, so is this.
-class LogCapture {
-  public:
-    static LogCapture& shared() {
-        static LogCapture* capture = new LogCapture();
-        return *capture;
-    }
-
-    void attach() {
-        Log::shared().setMirror([this](const std::string& line) {
-            std::lock_guard lock(mutex_);
-            std::string text = line;
-            if (!text.empty() && text.back() == '\n') text.pop_back();
-            lines_.push_back(std::move(text));
-        });
-    }
-
-    // The lines written since the last call.
-    Lines take() {
-        Log::shared().drain();
-        std::lock_guard lock(mutex_);
-        Lines out;
-        out.swap(lines_);
-        return out;
-    }
-
-  private:
-    std::mutex mutex_;
-    Lines lines_;
-};
+using LogCapture = test::LogCapture;
 
 // The configuration most tests start from: quitting on, every app armed, last-window mode.
 inline const char* const liveAllLastWindow = "live = true\nmode = last-window\narm = *\n";
 
-inline void writeConfig(const std::string& text) {
-    std::filesystem::create_directories(Config::directory());
-    std::ofstream out(Config::path(), std::ios::binary | std::ios::trunc);
-    out << text;
-}
-
-inline void removeConfig() {
-    std::error_code ec;
-    std::filesystem::remove(Config::path(), ec);
-}
+using test::removeConfig;
+using test::writeConfig;
 
 inline sim::AppSpec appSpec(Pid pid, std::optional<std::string> bundleID,
                             std::optional<std::string> name) {

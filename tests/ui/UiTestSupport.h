@@ -5,11 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <mutex>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -19,83 +15,35 @@
 #include "settings/Config.h"
 #include "settings/Log.h"
 #include "sim/SimDesktop.h"
+#include "tests/support/ConfigFiles.h"
+#include "tests/support/LogCapture.h"
 
 namespace quelto::uitest {
 
 using Lines = std::vector<std::string>;
 
-// Every line the log writes, newline removed, headlines without their timestamp (detail
-// lines keep their fourteen spaces).
+// The process-wide log capture, headlines without their timestamp (detail lines keep their
+// fourteen spaces) unless taken raw.
 class LogLines {
   public:
     static LogLines& shared() {
-        static LogLines* lines = new LogLines();
-        return *lines;
+        static LogLines lines;
+        return lines;
     }
 
-    void attach() {
-        Log::shared().setMirror([this](const std::string& line) {
-            std::lock_guard lock(mutex_);
-            std::string text = line;
-            if (!text.empty() && text.back() == '\n') text.pop_back();
-            raw_.push_back(text);
-            if (isHeadline(text)) text = text.substr(14);
-            lines_.push_back(std::move(text));
-        });
-    }
+    void attach() { test::LogCapture::shared().attach(); }
 
-    Lines take() {
-        Log::shared().drain();
-        std::lock_guard lock(mutex_);
-        Lines out;
-        out.swap(lines_);
-        raw_.clear();
-        return out;
-    }
+    Lines take() { return test::LogCapture::withoutTimestamps(takeRaw()); }
 
     // The lines since the last take, exactly as written.
-    Lines takeRaw() {
-        Log::shared().drain();
-        std::lock_guard lock(mutex_);
-        Lines out;
-        out.swap(raw_);
-        lines_.clear();
-        return out;
-    }
+    Lines takeRaw() { return test::LogCapture::shared().take(); }
 
-    static bool isHeadline(const std::string& s) {
-        if (s.size() < 14) return false;
-        const char* shape = "00:00:00.000  ";
-        for (int i = 0; i < 14; ++i) {
-            bool digit = shape[i] == '0';
-            if (digit ? !(s[i] >= '0' && s[i] <= '9') : s[i] != shape[i]) return false;
-        }
-        return true;
-    }
-
-  private:
-    std::mutex mutex_;
-    Lines lines_;
-    Lines raw_;
+    static bool isHeadline(const std::string& s) { return test::LogCapture::isHeadline(s); }
 };
 
-inline void writeConfig(const std::string& text) {
-    std::filesystem::create_directories(Config::directory());
-    std::ofstream out(Config::path(), std::ios::binary | std::ios::trunc);
-    out << text;
-}
-
-inline void removeConfig() {
-    std::error_code ec;
-    std::filesystem::remove(Config::path(), ec);
-}
-
-inline std::string readConfig() {
-    std::ifstream in(Config::path(), std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
+using test::readConfig;
+using test::removeConfig;
+using test::writeConfig;
 
 inline bool contains(const Lines& lines, const std::string& line) {
     for (const auto& l : lines)

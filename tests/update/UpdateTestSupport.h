@@ -1,6 +1,6 @@
 #pragma once
-// Helpers for the update checker's tests: the log lines as written, an update button that
-// remembers its states, and modal alerts that record what they show.
+// Helpers for the update checker's tests: an update button that remembers its states and
+// modal alerts that record what they show (the log's lines come from LogCapture).
 
 #include <deque>
 #include <functional>
@@ -10,54 +10,10 @@
 #include <vector>
 
 #include "platform/Services.h"
-#include "settings/Log.h"
+#include "tests/support/LogCapture.h"
 #include "update/UpdateChecker.h"
 
 namespace quelto::test {
-
-// Collects every line the log writes while it exists.
-class LogCapture {
-  public:
-    LogCapture() : state_(std::make_shared<State>()) {
-        Log::shared().drain();
-        auto state = state_;
-        Log::shared().setMirror([state](const std::string& line) {
-            std::lock_guard<std::mutex> lock(state->mutex);
-            state->lines.push_back(line);
-        });
-    }
-    ~LogCapture() {
-        Log::shared().setMirror([](const std::string&) {});
-        Log::shared().drain();
-    }
-    LogCapture(const LogCapture&) = delete;
-    LogCapture& operator=(const LogCapture&) = delete;
-
-    // Every line written so far, as written ("HH:mm:ss.SSS  text\n").
-    std::vector<std::string> lines() {
-        Log::shared().drain();
-        std::lock_guard<std::mutex> lock(state_->mutex);
-        return state_->lines;
-    }
-
-    // The headlines' texts: each line without its timestamp, two spaces and line feed.
-    std::vector<std::string> messages() {
-        std::vector<std::string> texts;
-        for (const std::string& line : lines()) {
-            std::string text = line;
-            if (!text.empty() && text.back() == '\n') text.pop_back();
-            texts.push_back(text.size() >= 14 ? text.substr(14) : text);
-        }
-        return texts;
-    }
-
-  private:
-    struct State {
-        std::mutex mutex;
-        std::vector<std::string> lines;
-    };
-    std::shared_ptr<State> state_;
-};
 
 // Remembers every state it was put in, and what `probe` said at each change (the tests
 // use it to count the alerts shown so far).
