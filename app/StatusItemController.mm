@@ -34,7 +34,7 @@ constexpr CGFloat iconSide = 18;
 }
 
 - (void)dealloc {
-    _model->onIconChanged = nullptr;
+    if (_model) _model->onIconChanged = nullptr;
 }
 
 // The template image from the bundle (tinted by the system for light and dark menu bars), or

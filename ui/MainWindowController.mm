@@ -47,6 +47,25 @@ NSTextField* label(const std::string& text, double size, quelto::TextColor color
     return field;
 }
 
+// A table cell holding `content` vertically centred, a label truncated at its end when the
+// column is too narrow for it.
+NSTableCellView* tableCell(NSView* content) {
+    NSTableCellView* cell = [[NSTableCellView alloc] init];
+    content.translatesAutoresizingMaskIntoConstraints = NO;
+    [cell addSubview:content];
+    [NSLayoutConstraint activateConstraints:@[
+        [content.leadingAnchor constraintEqualToAnchor:cell.leadingAnchor constant:2],
+        [content.trailingAnchor constraintLessThanOrEqualToAnchor:cell.trailingAnchor constant:-2],
+        [content.centerYAnchor constraintEqualToAnchor:cell.centerYAnchor],
+    ]];
+    if ([content isKindOfClass:NSTextField.class]) {
+        auto* field = static_cast<NSTextField*>(content);
+        field.lineBreakMode = NSLineBreakByTruncatingTail;
+        cell.textField = field;
+    }
+    return cell;
+}
+
 NSImage* checkSymbol(const std::string& name) {
     return [NSImage imageWithSystemSymbolName:toNSString(name) accessibilityDescription:nil];
 }
@@ -143,7 +162,7 @@ class MacUpdateButton final : public quelto::UpdateButton {
 }
 
 - (void)dealloc {
-    _model->onChange = nullptr;
+    if (_model) _model->onChange = nullptr;
     quelto::UpdateChecker::forgetButton(&_updateButton);
 }
 
@@ -548,12 +567,12 @@ class MacUpdateButton final : public quelto::UpdateButton {
             box.state = desc.checked ? NSControlStateValueOn : NSControlStateValueOff;
             box.enabled = desc.enabled;
             box.toolTip = desc.toolTip ? toNSString(*desc.toolTip) : nil;
-            return box;
+            return tableCell(box);
         }
         quelto::MainWindowModel::NameCell cell = quelto::MainWindowModel::nameCell(app);
         NSTextField* name = label(cell.text, appsNameSize, cell.color);
         name.toolTip = toNSString(cell.toolTip);
-        return name;
+        return tableCell(name);
     }
 
     if (index >= _activityRows.size()) return nil;
@@ -566,7 +585,7 @@ class MacUpdateButton final : public quelto::UpdateButton {
     if (column == "time")
         field.font = [NSFont monospacedDigitSystemFontOfSize:activitySize
                                                       weight:NSFontWeightRegular];
-    return field;
+    return tableCell(field);
 }
 
 @end
