@@ -71,24 +71,12 @@ TEST(ReleaseFeed, RefusesWhatTheUpdateCheckCouldNotUse) {
         Strings args;
         std::string message;
     };
-    const std::vector<Case> cases = {
+    std::vector<Case> cases = {
         {{"1.3.0", "57", kDownload, kChangelog},
          "release-feed: CHANGELOG.md has no section for 1.3.0: add a heading \"## [1.3.0] - "
          "YYYY-MM-DD\" with the changes under it\n"},
         {{"1.0.1", "57", kDownload, kChangelog},
          "release-feed: CHANGELOG.md's section for 1.0.1 is empty: write down what changed\n"},
-        {{"1.2.0", "0", kDownload, kChangelog},
-         "release-feed: the build \"0\" is not a whole number from 1 up (at most 18 digits), "
-         "such as 57\n"},
-        {{"1.2.0", "1.2", kDownload, kChangelog},
-         "release-feed: the build \"1.2\" is not a whole number from 1 up (at most 18 digits), "
-         "such as 57\n"},
-        {{"1.2.0", "-3", kDownload, kChangelog},
-         "release-feed: the build \"-3\" is not a whole number from 1 up (at most 18 digits), "
-         "such as 57\n"},
-        {{"1.2.0", "1234567890123456789", kDownload, kChangelog},
-         "release-feed: the build \"1234567890123456789\" is not a whole number from 1 up (at "
-         "most 18 digits), such as 57\n"},
         {{"v1.2.0", "57", kDownload, kChangelog},
          "release-feed: the version \"v1.2.0\" is not one to three whole numbers separated by "
          "dots, such as 1.2.0\n"},
@@ -102,6 +90,11 @@ TEST(ReleaseFeed, RefusesWhatTheUpdateCheckCouldNotUse) {
          "release-feed: cannot read " + sourcePath("tests/release/data/missing.md") +
              ": No such file or directory\n"},
     };
+    for (std::string build : {"0", "1.2", "-3", "1234567890123456789"})
+        cases.push_back(
+            {{"1.2.0", build, kDownload, kChangelog},
+             "release-feed: the build \"" + build +
+                 "\" is not a whole number from 1 up (at most 18 digits), such as 57\n"});
     for (const Case& c : cases) {
         ScriptRun run = runScript("scripts/release-feed", c.args);
         EXPECT_EQ(run.status, 1) << c.args[0] << " " << c.args[1] << " " << c.args[2];
