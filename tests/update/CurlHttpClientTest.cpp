@@ -8,6 +8,7 @@
 #include <string>
 
 #include "LoopbackServer.h"
+#include "platform/BuildSettings.h"
 #include "platform/linux/CurlHttpClient.h"
 
 namespace quelto {
@@ -59,6 +60,8 @@ TEST(CurlHttpClient, DeliversStatusAndBodyAndSendsTheHeaders) {
     EXPECT_EQ(requests[0].target, "/api/latest");
     EXPECT_EQ(requests[0].header("Accept"), "application/json");
     EXPECT_EQ(requests[0].header("X-Quelto-Test"), "yes");
+    // The version the build was configured with, as every other place shows it.
+    EXPECT_EQ(requests[0].header("User-Agent"), std::string("Quelto/") + build::version);
 }
 
 TEST(CurlHttpClient, OtherStatusesAreRepliesNotTransportErrors) {
