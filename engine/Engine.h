@@ -80,7 +80,9 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     void report(const PendingReport& gathered, const std::shared_ptr<AppWatcher>& watcher);
 
     // ---- Termination ----
-    void terminate(const std::shared_ptr<AppWatcher>& watcher);
+    // What became of a decision to quit: the request went out, or why none was sent.
+    enum class QuitAttempt { requested, throttled, appGone };
+    QuitAttempt terminate(const std::shared_ptr<AppWatcher>& watcher);
     void verifyQuit(Pid of, const std::string& named, Date deadline);
 
   private:

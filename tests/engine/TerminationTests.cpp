@@ -111,9 +111,12 @@ TEST_F(TerminationTest, ASecondDecisionThreeSecondsLaterIsSkipped) {
                              "",
                          }));
     EXPECT_EQ(desktop.quitRequests().size(), 1u);
+    // The journal tells what happened: no request went out this time.
     ASSERT_EQ(journal().size(), 2u);
-    EXPECT_EQ(journal()[0].outcome, "quitting");
-    EXPECT_TRUE(journal()[0].quit);
+    EXPECT_EQ(journal()[0].outcome, "quit already requested");
+    EXPECT_FALSE(journal()[0].quit);
+    EXPECT_EQ(journal()[1].outcome, "quitting");
+    EXPECT_TRUE(journal()[1].quit);
     // The throttle keeps the moment of the request that was sent.
     EXPECT_EQ(engine->lastTerminateAttempt.at(textEdit), desktop.now() - 3.0);
 }
@@ -179,6 +182,45 @@ TEST_F(TerminationTest, AProcessThatVanishedBeforeTheRequestIsAlreadyGone) {
     EXPECT_EQ(takeLog(), (Lines{"              → app already gone"}));
     EXPECT_TRUE(engine->lastTerminateAttempt.empty());
     EXPECT_TRUE(desktop.quitRequests().empty());
+}
+
+TEST_F(TerminationTest, AnAppGoneDuringTheDecisionIsJournalledAsGoneNotQuitting) {
+    // The application quits by itself while the decision reads its windows.
+    bool quitDuringRead = false;
+    desktop.setReadHook([&](sim::ElementId, const std::string& attribute) {
+        if (!quitDuringRead || attribute != "AXWindows") return;
+        quitDuringRead = false;
+        desktop.terminateApp(textEdit);
+    });
+    clickClose(windows[0]);
+    desktop.advance(0.1);
+    quitDuringRead = true;
+    desktop.advance(0.25);
+    desktop.setReadHook(nullptr);
+    EXPECT_EQ(takeLog(), (Lines{
+                             "00:00:10.000  red dot clicked — TextEdit \"One\"  (cached)",
+                             "00:00:10.350  TextEdit (com.apple.TextEdit)  window closed  ←  "
+                             "red dot",
+                             "              windows remaining: unknown",
+                             "              → mode last-window: no action",
+                             "              → mode red-dot:     WOULD QUIT",
+                             "              → app already gone",
+                             "",
+                         }));
+    ASSERT_EQ(journal().size(), 1u);
+    EXPECT_EQ(journal()[0].outcome, "app already gone");
+    EXPECT_FALSE(journal()[0].quit);
+    EXPECT_TRUE(desktop.quitRequests().empty());
+    EXPECT_TRUE(engine->lastTerminateAttempt.empty());
+}
+
+TEST_F(TerminationTest, TerminateSaysWhatBecameOfTheDecision) {
+    auto watcher = watcherOf(textEdit);
+    EXPECT_EQ(engine->terminate(watcher), Engine::QuitAttempt::requested);
+    EXPECT_EQ(engine->terminate(watcher), Engine::QuitAttempt::throttled);
+    engine->lastTerminateAttempt.clear();
+    desktop.terminateApp(textEdit);
+    EXPECT_EQ(engine->terminate(watcher), Engine::QuitAttempt::appGone);
 }
 
 TEST_F(TerminationTest, TheCheckKeepsTheEngineAliveUntilItHasRun) {
