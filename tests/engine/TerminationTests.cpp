@@ -2,12 +2,13 @@
 // that says whether the application really went.
 
 #include "tests/engine/EngineFixture.h"
+#include "tests/engine/ForwardingWorkspace.h"
 
 namespace quelto::enginetest {
 namespace {
 
 // The desktop's workspace, except that every quit request reports that it was not delivered.
-class UndeliveredQuitWorkspace final : public Workspace {
+class UndeliveredQuitWorkspace final : public ForwardingWorkspace {
     class App final : public RunningApplication {
       public:
         explicit App(RunningApplicationRef inner) : inner_(std::move(inner)) {}
@@ -35,7 +36,7 @@ class UndeliveredQuitWorkspace final : public Workspace {
     }
 
   public:
-    explicit UndeliveredQuitWorkspace(Workspace& inner) : inner_(inner) {}
+    using ForwardingWorkspace::ForwardingWorkspace;
 
     std::vector<RunningApplicationRef> runningApplications() override {
         std::vector<RunningApplicationRef> out;
@@ -48,25 +49,6 @@ class UndeliveredQuitWorkspace final : public Workspace {
     RunningApplicationRef runningApplication(Pid pid) override {
         return wrap(inner_.runningApplication(pid));
     }
-    Pid ownProcessIdentifier() override { return inner_.ownProcessIdentifier(); }
-    Subscription observeLaunches(ApplicationHandler handler) override {
-        return inner_.observeLaunches(std::move(handler));
-    }
-    Subscription observeTerminations(ApplicationHandler handler) override {
-        return inner_.observeTerminations(std::move(handler));
-    }
-    std::optional<std::string> pathForApplication(const std::string& id) override {
-        return inner_.pathForApplication(id);
-    }
-    std::string displayName(const std::string& path) override { return inner_.displayName(path); }
-    std::optional<std::string> bundleIdentifierAtPath(const std::string& path) override {
-        return inner_.bundleIdentifierAtPath(path);
-    }
-    bool openURL(const std::string& url) override { return inner_.openURL(url); }
-    void selectFile(const std::string& path) override { inner_.selectFile(path); }
-
-  private:
-    Workspace& inner_;
 };
 
 class TerminationTest : public EngineTest {
