@@ -14,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "settings/AtomicFile.h"
 #include "settings/Config.h"
 
 namespace quelto {
@@ -281,12 +282,11 @@ TEST_F(ConfigFile, SaveLeavesNoTemporaryFileBehind) {
     EXPECT_EQ(directoryEntries(), std::vector<std::string>{"config.txt"});
 }
 
-TEST_F(ConfigFile, FailedSaveIsSwallowedAndRemovesItsTemporary) {
-    // A non-empty directory where the file should be: the rename cannot replace it.
+TEST_F(ConfigFile, FailedAtomicWriteRemovesItsTemporary) {
+    // A non-empty directory where the file should be: the rename cannot replace it. (A save
+    // moves such a directory aside first; the write beneath it must fail cleanly anyway.)
     fs::create_directories(fs::path(Config::path()) / "inside");
-    Config c;
-    c.live = false;
-    c.save();
+    EXPECT_FALSE(writeFileAtomically(Config::path(), Config().canonicalText()));
     EXPECT_TRUE(fs::is_directory(Config::path()));
     EXPECT_EQ(directoryEntries(), std::vector<std::string>{"config.txt"});
     EXPECT_EQ(Config::load(), Config());
