@@ -75,18 +75,16 @@ TEST_F(RenewalTimingTest, ACheckLongerThanTheLifetimeStillHoldsTheClick) {
     takeLog();
     desktop.answerSheet(letter, true);  // "Save": the window closes 0.05 s later
     desktop.advance(0.35);
-    EXPECT_EQ(takeLog(), (Lines{
-                             "00:00:13.200  TextEdit (com.apple.TextEdit)  window closed  ←  "
-                             "red dot — after a dialog",
-                             "              windows remaining: 0",
-                             "              → mode last-window: WOULD QUIT",
-                             "              → mode red-dot:     WOULD QUIT",
-                             "              → QUITTING TextEdit — terminate() returned true",
-                             "",
-                         }));
+    // The close came 2.9 s after the click, and still counts as the red dot.
+    Lines log = takeLog();
+    ASSERT_FALSE(log.empty());
+    EXPECT_EQ(log[0],
+              "00:00:13.200  TextEdit (com.apple.TextEdit)  window closed  ←  red dot — after a "
+              "dialog");
     ASSERT_EQ(journal().size(), 1u);
     EXPECT_EQ(journal()[0].cause, "red dot — after a dialog");
     EXPECT_EQ(journal()[0].outcome, "quitting");
+    EXPECT_EQ(desktop.quitRequests().size(), 1u);
 }
 
 TEST_F(RenewalTimingTest, AFastCheckRenewsExactlyAsBefore) {

@@ -16,23 +16,20 @@
 
 #include "settings/AtomicFile.h"
 #include "settings/Config.h"
+#include "tests/support/ConfigFiles.h"
 
 namespace quelto {
 namespace {
 
 namespace fs = std::filesystem;
 
+// The file helpers, under the names these tests have always used.
 std::string readAll(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
+    return test::readFileBytes(path);
 }
 
 void writeRaw(const std::string& path, const std::string& bytes) {
-    fs::create_directories(fs::path(path).parent_path());
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << bytes;
+    test::writeFileBytes(path, bytes);
 }
 
 // Every test starts without the Application Support folder and leaves none behind.

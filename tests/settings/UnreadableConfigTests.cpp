@@ -11,15 +11,14 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <future>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "platform/Platform.h"
 #include "settings/Config.h"
 #include "settings/ConfigFile.h"
+#include "tests/support/ConfigFiles.h"
 #include "tests/support/LogCapture.h"
 
 namespace quelto {
@@ -42,18 +41,8 @@ const std::string latin1File =
     "# R\xE9glages de Quelto\nlive = true\nmode = red-dot\narm = com.apple.TextEdit\n"
     "exclude = com.apple.Music\n";
 
-std::string readAll(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
-
-void writeRaw(const std::string& path, const std::string& bytes) {
-    fs::create_directories(fs::path(path).parent_path());
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << bytes;
-}
+using test::readFileBytes;
+using test::writeFileBytes;
 
 class UnreadableConfig : public ::testing::Test {
   protected:
@@ -96,13 +85,13 @@ class UnreadableConfig : public ::testing::Test {
 };
 
 TEST_F(UnreadableConfig, ALatin1ByteInACommentReadsAsTheDefaults) {
-    writeRaw(Config::path(), latin1File);
+    writeFileBytes(Config::path(), latin1File);
     EXPECT_EQ(Config::load(), Config());
     EXPECT_EQ(Config::fileProblem(), "is not valid UTF-8");
 }
 
 TEST_F(UnreadableConfig, TheFirstSaveMovesTheFileAsideWholeAndLogsWhere) {
-    writeRaw(Config::path(), latin1File);
+    writeFileBytes(Config::path(), latin1File);
     toggleLive();
 
     EXPECT_EQ(logTexts(),
@@ -111,29 +100,29 @@ TEST_F(UnreadableConfig, TheFirstSaveMovesTheFileAsideWholeAndLogsWhere) {
     EXPECT_EQ(entries(), (std::vector<std::string>{"config.txt",
                                                    std::string("config.txt.unreadable-") + stamp}));
     // Kept byte for byte: the user's arming and exclusions are all still there.
-    EXPECT_EQ(readAll(aside()), latin1File);
+    EXPECT_EQ(readFileBytes(aside()), latin1File);
     // The new file is the toggled defaults, whole.
     Config expected;
     expected.live = false;
-    EXPECT_EQ(readAll(Config::path()), expected.canonicalText());
+    EXPECT_EQ(readFileBytes(Config::path()), expected.canonicalText());
     EXPECT_EQ(Config::load(), expected);
     EXPECT_EQ(Config::fileProblem(), std::nullopt);
 }
 
 TEST_F(UnreadableConfig, OnlyTheFirstSaveMovesAnythingAside) {
-    writeRaw(Config::path(), latin1File);
+    writeFileBytes(Config::path(), latin1File);
     toggleLive();
     logTexts();
     toggleLive();
     toggleLive();
     EXPECT_TRUE(logTexts().empty());
     EXPECT_EQ(entries().size(), 2u);
-    EXPECT_EQ(readAll(aside()), latin1File);
+    EXPECT_EQ(readFileBytes(aside()), latin1File);
 }
 
 TEST_F(UnreadableConfig, AReadableOrMissingFileIsSavedOverWithoutAWord) {
     toggleLive();  // missing
-    writeRaw(Config::path(), "live = true\n# Réglages, in UTF-8\n");
+    writeFileBytes(Config::path(), "live = true\n# Réglages, in UTF-8\n");
     EXPECT_EQ(Config::fileProblem(), std::nullopt);
     toggleLive();  // readable
     EXPECT_TRUE(logTexts().empty());
@@ -141,11 +130,11 @@ TEST_F(UnreadableConfig, AReadableOrMissingFileIsSavedOverWithoutAWord) {
 }
 
 TEST_F(UnreadableConfig, AnotherFileKeptAsideInTheSameSecondKeepsItsName) {
-    writeRaw(aside(), "kept earlier");
-    writeRaw(Config::path(), latin1File);
+    writeFileBytes(aside(), "kept earlier");
+    writeFileBytes(Config::path(), latin1File);
     toggleLive();
-    EXPECT_EQ(readAll(aside()), "kept earlier");
-    EXPECT_EQ(readAll(aside() + "-2"), latin1File);
+    EXPECT_EQ(readFileBytes(aside()), "kept earlier");
+    EXPECT_EQ(readFileBytes(aside() + "-2"), latin1File);
     EXPECT_EQ(logTexts(),
               (Lines{"09:15:07.250  config.txt is not valid UTF-8 — moved it aside to " + aside() +
                      "-2 before saving"}));
@@ -153,13 +142,13 @@ TEST_F(UnreadableConfig, AnotherFileKeptAsideInTheSameSecondKeepsItsName) {
 
 TEST_F(UnreadableConfig, WhenItCannotBeMovedAsideNothingIsSaved) {
     // Every name it could be kept under is taken.
-    writeRaw(aside(), "taken");
-    for (int n = 2; n <= 99; ++n) writeRaw(aside() + "-" + std::to_string(n), "taken");
-    writeRaw(Config::path(), latin1File);
+    writeFileBytes(aside(), "taken");
+    for (int n = 2; n <= 99; ++n) writeFileBytes(aside() + "-" + std::to_string(n), "taken");
+    writeFileBytes(Config::path(), latin1File);
     toggleLive();
     EXPECT_EQ(logTexts(), (Lines{"09:15:07.250  config.txt is not valid UTF-8 — could not move it "
                                  "aside (File exists), so the settings were not saved"}));
-    EXPECT_EQ(readAll(Config::path()), latin1File);
+    EXPECT_EQ(readFileBytes(Config::path()), latin1File);
 }
 
 TEST_F(UnreadableConfig, AFifoReadsAsTheDefaultsAtOnce) {
@@ -189,14 +178,14 @@ TEST_F(UnreadableConfig, ASaveOverAFifoMovesItAsideUnopened) {
 
 TEST_F(UnreadableConfig, ASaveOverADirectoryMovesItAsideWithEverythingInIt) {
     fs::create_directories(fs::path(Config::path()) / "inside");
-    writeRaw((fs::path(Config::path()) / "inside" / "notes.txt").string(), "mine");
+    writeFileBytes((fs::path(Config::path()) / "inside" / "notes.txt").string(), "mine");
     EXPECT_EQ(Config::load(), Config());
     EXPECT_EQ(Config::fileProblem(), "is not a regular file");
     toggleLive();
     EXPECT_EQ(logTexts(), (Lines{"09:15:07.250  config.txt is not a regular file — moved it aside "
                                  "to " +
                                  aside() + " before saving"}));
-    EXPECT_EQ(readAll((fs::path(aside()) / "inside" / "notes.txt").string()), "mine");
+    EXPECT_EQ(readFileBytes((fs::path(aside()) / "inside" / "notes.txt").string()), "mine");
     EXPECT_TRUE(fs::is_regular_file(Config::path()));
     EXPECT_FALSE(Config::load().live);
 }
@@ -214,7 +203,7 @@ TEST_F(UnreadableConfig, ALinkToNowhereIsKeptAsideAsALink) {
 
 TEST_F(UnreadableConfig, ALinkToARegularFileReadsThroughIt) {
     std::string target = (fs::path(Config::directory()) / "real.txt").string();
-    writeRaw(target, "live = false\n");
+    writeFileBytes(target, "live = false\n");
     fs::create_symlink(target, Config::path());
     EXPECT_FALSE(Config::load().live);
     EXPECT_EQ(Config::fileProblem(), std::nullopt);
@@ -222,23 +211,23 @@ TEST_F(UnreadableConfig, ALinkToARegularFileReadsThroughIt) {
 
 TEST_F(UnreadableConfig, AFileWithoutReadPermissionIsUnreadable) {
     if (geteuid() == 0) GTEST_SKIP() << "permissions do not bind the superuser";
-    writeRaw(Config::path(), "live = false\n");
+    writeFileBytes(Config::path(), "live = false\n");
     fs::permissions(Config::path(), fs::perms::none);
     EXPECT_EQ(Config::load(), Config());
     EXPECT_EQ(Config::fileProblem(), "could not be read (Permission denied)");
     toggleLive();
     fs::permissions(aside(), fs::perms::owner_read);
-    EXPECT_EQ(readAll(aside()), "live = false\n");
+    EXPECT_EQ(readFileBytes(aside()), "live = false\n");
 }
 
 TEST_F(UnreadableConfig, TheReaderTellsMissingReadableAndUnreadableApart) {
     EXPECT_EQ(readConfigFile(Config::path()).state, ConfigFileRead::State::missing);
-    writeRaw(Config::path(), "live = false\n");
+    writeFileBytes(Config::path(), "live = false\n");
     ConfigFileRead read = readConfigFile(Config::path());
     EXPECT_EQ(read.state, ConfigFileRead::State::readable);
     EXPECT_EQ(read.text, "live = false\n");
     EXPECT_TRUE(read.problem.empty());
-    writeRaw(Config::path(), "\xE9");
+    writeFileBytes(Config::path(), "\xE9");
     read = readConfigFile(Config::path());
     EXPECT_EQ(read.state, ConfigFileRead::State::unreadable);
     EXPECT_TRUE(read.text.empty() || read.text == "\xE9");
