@@ -44,20 +44,29 @@ AXElement axElement(const AXElement& element, const std::string& attribute) {
     return nullptr;
 }
 
-std::vector<AXElement> axElements(const AXElement& element, const std::string& attribute) {
-    auto value = axCopy(element, attribute);
-    if (!value) return {};
-    auto* array = value->get<AXArray>();
-    if (!array) return {};
+AXElementsResult axElementsChecked(const AXElement& element, const std::string& attribute) {
+    AXCopyResult read = axCopyChecked(element, attribute);
+    // A success that brings no value says nothing either: it is no value, not an empty list.
+    if (!read.value)
+        return AXElementsResult{std::nullopt,
+                                read.error.isSuccess() ? axerror::noValue : read.error};
+    auto* array = read.value->get<AXArray>();
+    if (!array) return AXElementsResult{std::nullopt, axerror::failure};
     std::vector<AXElement> out;
     out.reserve(array->size());
     for (const AXValue& item : *array) {
         // The list is taken whole or not at all: one item that is no element spoils it.
         auto* e = item.get<AXElement>();
-        if (!e || !*e) return {};
+        if (!e || !*e) return AXElementsResult{std::nullopt, axerror::failure};
         out.push_back(*e);
     }
-    return out;
+    return AXElementsResult{std::move(out), read.error};
+}
+
+std::vector<AXElement> axElements(const AXElement& element, const std::string& attribute) {
+    AXElementsResult read = axElementsChecked(element, attribute);
+    if (!read.elements) return {};
+    return std::move(*read.elements);
 }
 
 std::optional<Point> axPoint(const AXElement& element, const std::string& attribute) {

@@ -23,6 +23,14 @@ std::optional<std::string> axString(const AXElement& element, const std::string&
 std::optional<bool> axBool(const AXElement& element, const std::string& attribute);
 AXElement axElement(const AXElement& element, const std::string& attribute);  // nullptr: none
 std::vector<AXElement> axElements(const AXElement& element, const std::string& attribute);
+// The same list, or none with the reason it could not be had: the read's error (`noValue`
+// for a success without a value), or `failure` when the value is not a list of elements.
+// An empty list read is a list.
+struct AXElementsResult {
+    std::optional<std::vector<AXElement>> elements;
+    AXError error;
+};
+AXElementsResult axElementsChecked(const AXElement& element, const std::string& attribute);
 std::optional<Point> axPoint(const AXElement& element, const std::string& attribute);
 std::optional<Size> axSize(const AXElement& element, const std::string& attribute);
 // "AXPosition", then "AXSize"; no size read when the position read fails.

@@ -149,8 +149,14 @@ std::vector<AXElement> AppWatcher::standardWindows() const {
 }
 
 std::vector<AXElement> AppWatcher::userWindows() const {
-    std::vector<AXElement> out;
-    for (const AXElement& window : currentWindows()) {
+    return readUserWindows().windows;
+}
+
+AppWatcher::UserWindowList AppWatcher::readUserWindows() const {
+    AXElementsResult list = axElementsChecked(appElement_, "AXWindows");
+    if (!list.elements) return UserWindowList{{}, false, list.error};
+    UserWindowList out;
+    for (const AXElement& window : *list.elements) {
         if (standardness(window).kind != Standardness::Kind::standard) continue;
         // Only a window that positively has no close button is left out; a slow application
         // (time-out, cannot-complete, no value) keeps its windows.
@@ -158,7 +164,7 @@ std::vector<AXElement> AppWatcher::userWindows() const {
         if (!button.value &&
             (button.error == axerror::attributeUnsupported || button.error == axerror::noValue))
             continue;
-        out.push_back(window);
+        out.windows.push_back(window);
     }
     return out;
 }

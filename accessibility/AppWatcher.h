@@ -53,6 +53,15 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     std::vector<AXElement> currentWindows() const;
     std::vector<AXElement> standardWindows() const;
     std::vector<AXElement> userWindows() const;
+    // The user windows, with how the read of the list went: when "AXWindows" cannot be read
+    // `known` is false and `error` says why, so that an unreadable list is never taken for an
+    // application with no windows. One read of the list, as `userWindows()`.
+    struct UserWindowList {
+        std::vector<AXElement> windows;
+        bool known = true;
+        AXError error = axerror::success;
+    };
+    UserWindowList readUserWindows() const;
     std::size_t trackedWindowCount() const { return watchedWindows_.size(); }
 
     // Catches up on windows the notifications missed; never drops a window.

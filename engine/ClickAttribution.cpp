@@ -87,7 +87,11 @@ void Engine::sustainIfBlocked(const WindowRef& window, Pid pid) {
         return;
     }
 
-    if (watcher->isCloseBlocked(window)) {
+    bool blocked = watcher->isCloseBlocked(window);
+    // The check's reads take time on a slow application: renewals count from when it
+    // returned, or a long check would eat into the very time it grants.
+    Date checked = now();
+    if (blocked) {
         // The lookups above may have run observer work; find the record afresh.
         found = recentClicks.find(window);
         if (found == recentClicks.end()) return;
@@ -96,7 +100,7 @@ void Engine::sustainIfBlocked(const WindowRef& window, Pid pid) {
             click.sustained = true;
             log("  …close is waiting on a dialog — holding the click");
         }
-        click.expiry = moment + ClickRecord::lifetime;
+        click.expiry = checked + ClickRecord::lifetime;
         std::weak_ptr<Engine> weak = weak_from_this();
         platform().mainQueue->asyncAfter(ClickRecord::dialogPollInterval, [weak, window, pid] {
             if (auto engine = weak.lock()) engine->sustainIfBlocked(window, pid);
@@ -106,7 +110,7 @@ void Engine::sustainIfBlocked(const WindowRef& window, Pid pid) {
 
     found = recentClicks.find(window);
     if (found == recentClicks.end()) return;
-    if (found->second.sustained) found->second.expiry = moment + ClickRecord::afterDialogGrace;
+    if (found->second.sustained) found->second.expiry = checked + ClickRecord::afterDialogGrace;
 }
 
 }  // namespace quelto

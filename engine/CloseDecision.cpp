@@ -110,16 +110,18 @@ void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatc
     }
 
     watcher->resync();
-    std::vector<AXElement> remaining = watcher->userWindows();
-    long left = static_cast<long>(remaining.size());
+    AppWatcher::UserWindowList remaining = watcher->readUserWindows();
+    // A list that could not be read is unknown, never zero windows; the journal says so
+    // with a count of -1.
+    long left = remaining.known ? static_cast<long>(remaining.windows.size()) : -1;
 
     std::string cause = causeText(gathered);
     std::string closed = gathered.windowsClosed == 1
                              ? std::string("window")
                              : std::to_string(gathered.windowsClosed) + " windows";
     log(watcher->name + " (" + watcher->bundleID + ")  " + closed + " closed  ←  " + cause);
-    detail("windows remaining: " + std::to_string(left));
-    for (const auto& window : remaining)
+    detail("windows remaining: " + (remaining.known ? std::to_string(left) : "unknown"));
+    for (const auto& window : remaining.windows)
         detail("  · " + windowTitle(window) + "  [" + subroleDescription(window) + "]");
 
     auto conclude = [&](const std::string& outcome, bool quit) {
@@ -170,10 +172,19 @@ void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatc
         }
     }
 
-    bool lastWindowQuits = left == 0;
+    bool lastWindowQuits = remaining.known && left == 0;
     bool redDotQuits = gathered.wasRedDot;
     detail(std::string("→ mode last-window: ") + (lastWindowQuits ? "WOULD QUIT" : "no action"));
     detail(std::string("→ mode red-dot:     ") + (redDotQuits ? "WOULD QUIT" : "no action"));
+
+    // Windows that could not be counted are not zero windows: the last-window verdict is
+    // never reached through an unreadable list. (Red-dot mode does not count windows.)
+    if (config.mode == Config::Mode::lastWindow && !remaining.known) {
+        detail("→ no action (could not read " + watcher->name +
+               "’s windows: " + remaining.error.name() + ")");
+        conclude("windows unknown — kept running", false);
+        return;
+    }
 
     bool wouldQuit = config.mode == Config::Mode::lastWindow ? lastWindowQuits : redDotQuits;
     if (!wouldQuit) {
@@ -194,8 +205,19 @@ void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatc
     }
 
     if (config.mayQuit(watcher->bundleID)) {
-        terminate(watcher);
-        conclude("quitting", true);
+        // The journal says what happened, not what was decided: only a request that went out
+        // is "quitting".
+        switch (terminate(watcher)) {
+            case QuitAttempt::requested:
+                conclude("quitting", true);
+                return;
+            case QuitAttempt::throttled:
+                conclude("quit already requested", false);
+                return;
+            case QuitAttempt::appGone:
+                conclude("app already gone", false);
+                return;
+        }
         return;
     }
 

@@ -83,8 +83,10 @@ void Engine::start() {
         Pid pid = app->processIdentifier();
         auto found = watchers.find(pid);
         if (found == watchers.end()) {
-            if (auto watcher = AppWatcher::create(app, *this))
+            if (auto watcher = AppWatcher::create(app, *this)) {
                 found = watchers.emplace(pid, std::move(watcher)).first;
+                watchedProcesses_.insert_or_assign(pid, app);
+            }
         }
         bool tracked = found != watchers.end();
         std::string windows =
@@ -109,11 +111,17 @@ void Engine::appLaunched(const RunningApplicationRef& app) {
     platform().mainQueue->asyncAfter(launchAttachDelay, [weak, app] {
         auto engine = weak.lock();
         if (!engine) return;
+        // Gone before its watcher was due: its termination has been handled already, and a
+        // watcher made now would sit on a dead process, or on a new one that reuses its id.
+        if (app->isTerminated()) return;
         Pid pid = app->processIdentifier();
+        // A watcher left for an earlier process with this id does not stand in for this one.
+        if (engine->watchesDeadProcess(pid)) engine->forget(pid);
         if (engine->watchers.find(pid) == engine->watchers.end()) {
             auto watcher = AppWatcher::create(app, *engine);
             if (!watcher) return;
             engine->watchers.emplace(pid, std::move(watcher));
+            engine->watchedProcesses_.insert_or_assign(pid, app);
         }
         log("now watching " + displayName(*app));
     });
@@ -149,10 +157,21 @@ void Engine::appTerminated(const RunningApplicationRef& app) {
 
     // Forget it completely; dropping the pending report means its deferred decision finds
     // nothing and does nothing.
+    forget(pid);
+}
+
+void Engine::forget(Pid pid) {
     std::erase_if(recentClicks, [pid](const auto& entry) { return entry.second.pid == pid; });
     pending.erase(pid);
     lastTerminateAttempt.erase(pid);
     watchers.erase(pid);
+    watchedProcesses_.erase(pid);
+}
+
+bool Engine::watchesDeadProcess(Pid pid) const {
+    auto process = watchedProcesses_.find(pid);
+    return process != watchedProcesses_.end() && watchers.count(pid) != 0 &&
+           process->second->isTerminated();
 }
 
 }  // namespace quelto

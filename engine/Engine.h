@@ -80,12 +80,23 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     void report(const PendingReport& gathered, const std::shared_ptr<AppWatcher>& watcher);
 
     // ---- Termination ----
-    void terminate(const std::shared_ptr<AppWatcher>& watcher);
+    // What became of a decision to quit: the request went out, or why none was sent.
+    enum class QuitAttempt { requested, throttled, appGone };
+    QuitAttempt terminate(const std::shared_ptr<AppWatcher>& watcher);
     void verifyQuit(Pid of, const std::string& named, Date deadline);
 
   private:
+    // Drops everything kept about the process id: its clicks, its gathering report, its
+    // throttle entry and its watcher.
+    void forget(Pid pid);
+    // Whether the watcher under `pid` was made for a process that has since terminated (a
+    // new process may reuse the id).
+    bool watchesDeadProcess(Pid pid) const;
+
     Subscription launches_;
     Subscription terminations_;
+    // The process each watcher was made for, by process id.
+    std::map<Pid, RunningApplicationRef> watchedProcesses_;
 };
 
 }  // namespace quelto

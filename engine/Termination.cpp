@@ -17,7 +17,7 @@ Date now() {
 
 }  // namespace
 
-void Engine::terminate(const std::shared_ptr<AppWatcher>& watcher) {
+Engine::QuitAttempt Engine::terminate(const std::shared_ptr<AppWatcher>& watcher) {
     Pid pid = watcher->pid;
     Date moment = now();
 
@@ -25,14 +25,14 @@ void Engine::terminate(const std::shared_ptr<AppWatcher>& watcher) {
     if (auto last = lastTerminateAttempt.find(pid);
         last != lastTerminateAttempt.end() && moment - last->second < quitThrottle) {
         detail("→ skipped (quit already attempted moments ago)");
-        return;
+        return QuitAttempt::throttled;
     }
 
     Workspace* workspace = platform().workspace;
     RunningApplicationRef app = workspace ? workspace->runningApplication(pid) : nullptr;
     if (!app) {
         detail("→ app already gone");
-        return;
+        return QuitAttempt::appGone;
     }
 
     lastTerminateAttempt.insert_or_assign(pid, moment);
@@ -40,6 +40,7 @@ void Engine::terminate(const std::shared_ptr<AppWatcher>& watcher) {
     detail("→ QUITTING " + watcher->name + " — terminate() returned " +
            (delivered ? "true" : "false"));
     verifyQuit(pid, watcher->name, moment + quitVerification);
+    return QuitAttempt::requested;
 }
 
 void Engine::verifyQuit(Pid of, const std::string& named, Date deadline) {

@@ -65,6 +65,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         writeRaw(text);
         if (!(Config::load() == Config()))
             fail("bytes that are not UTF-8 did not load as the defaults", text);
+        // Gone again, so that a later save does not keep it aside, as it would a user's.
+        std::remove(Config::path().c_str());
         return 0;
     }
 

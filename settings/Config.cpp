@@ -1,16 +1,15 @@
 #include "settings/Config.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <filesystem>
 #include <vector>
 
+#include "platform/Platform.h"
 #include "settings/AtomicFile.h"
+#include "settings/ConfigFile.h"
 #include "settings/HomeDirectory.h"
-#include "settings/Utf8.h"
+#include "settings/Log.h"
 
 namespace quelto {
 
@@ -98,31 +97,10 @@ void applyLine(Config& config, std::string_view line) {
     }
 }
 
-// The whole file, or none when it is missing or cannot be read.
-std::optional<std::string> readFile(const std::string& path) {
-    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return std::nullopt;
-    std::string text;
-    struct stat st;
-    if (::fstat(fd, &st) == 0 && st.st_size > 0) text.reserve(static_cast<std::size_t>(st.st_size));
-    char buffer[65536];
-    for (;;) {
-        ssize_t n = ::read(fd, buffer, sizeof buffer);
-        if (n < 0) {
-            if (errno == EINTR) continue;
-            ::close(fd);
-            return std::nullopt;
-        }
-        if (n == 0) break;
-        text.append(buffer, static_cast<std::size_t>(n));
-    }
-    ::close(fd);
-    return text;
-}
-
+// Whether anything is at the path, a link that leads nowhere included.
 bool fileExists(const std::string& path) {
     struct stat st;
-    return ::stat(path.c_str(), &st) == 0;
+    return ::lstat(path.c_str(), &st) == 0;
 }
 
 std::string joined(const std::set<std::string>& items) {
@@ -182,9 +160,15 @@ const std::string& Config::path() {
 }
 
 Config Config::load() {
-    std::optional<std::string> text = readFile(path());
-    if (!text || !isValidUtf8(*text)) return Config();
-    return parse(*text);
+    ConfigFileRead file = readConfigFile(path());
+    if (file.state != ConfigFileRead::State::readable) return Config();
+    return parse(file.text);
+}
+
+std::optional<std::string> Config::fileProblem() {
+    ConfigFileRead file = readConfigFile(path());
+    if (file.state != ConfigFileRead::State::unreadable) return std::nullopt;
+    return file.problem;
 }
 
 Config Config::parse(std::string_view text) {
@@ -250,6 +234,20 @@ std::string Config::canonicalText() const {
 void Config::save() const {
     std::error_code ec;
     std::filesystem::create_directories(directory(), ec);
+    // What could not be read is the user's, not ours to replace: one stray byte must not
+    // cost them their arming and exclusions. It goes aside first, once; the next save finds
+    // the file just written.
+    if (auto problem = fileProblem()) {
+        Clock& clock = platform().clock ? *platform().clock : systemClock();
+        std::string error;
+        auto aside = moveAside(path(), clock.localTime(clock.now()), error);
+        if (!aside) {
+            log("config.txt " + *problem + " — could not move it aside (" + error +
+                "), so the settings were not saved");
+            return;
+        }
+        log("config.txt " + *problem + " — moved it aside to " + *aside + " before saving");
+    }
     writeFileAtomically(path(), canonicalText());
 }
 

@@ -36,10 +36,16 @@ struct Config {
 
     // Reads the file; a missing, unreadable or undecodable file gives the defaults.
     static Config load();
+    // What is wrong with a file that is there but reads as the defaults because it cannot be
+    // read ("is not valid UTF-8", …: words to follow "config.txt"); none when it is readable
+    // or missing.
+    static std::optional<std::string> fileProblem();
     // Parses file text exactly as `load()` does (the bytes must be valid UTF-8).
     static Config parse(std::string_view text);
 
-    // Rewrites the whole file in canonical form, atomically. Failures are swallowed.
+    // Rewrites the whole file in canonical form, atomically. Failures are swallowed. A file
+    // that is there but could not be read is first moved aside (and the log says where),
+    // never written over; when it cannot be moved, nothing is saved.
     void save() const;
     // The canonical file text that `save()` writes.
     std::string canonicalText() const;

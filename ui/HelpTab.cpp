@@ -20,8 +20,9 @@ MainWindowModel::HealthCheck check(bool passed, const char* passTitle, const cha
 }  // namespace
 
 std::vector<MainWindowModel::HealthCheck> MainWindowModel::healthChecks(
-    bool trusted, const Config& config, LoginItem::Status loginStatus) {
-    return {
+    bool trusted, const Config& config, LoginItem::Status loginStatus,
+    const std::optional<std::string>& configProblem) {
+    std::vector<HealthCheck> checks = {
         check(trusted, "Accessibility access granted", "Accessibility access is missing",
               "Quelto can see when a window closes.",
               "Quelto can do nothing at all until you switch it on. Use the button below, then "
@@ -34,6 +35,14 @@ std::vector<MainWindowModel::HealthCheck> MainWindowModel::healthChecks(
               "Tick “Start Quelto when I log in” on the General tab, or it won’t come back after "
               "a restart."),
     };
+    if (configProblem) {
+        HealthCheck& master = checks[1];
+        master = check(false, "", "Quelto’s settings file can’t be read", "", "");
+        master.detail = "config.txt " + *configProblem +
+                        ", so nothing will be quit. Fix it by hand, or change a setting here: "
+                        "the file is then kept aside and a new one started.";
+    }
+    return checks;
 }
 
 const std::vector<MainWindowModel::QuestionAndAnswer>& MainWindowModel::questions() {
@@ -61,7 +70,7 @@ void MainWindowModel::recomputeHelp() {
     const bool trusted = platform().accessibility && platform().accessibility->isProcessTrusted();
     const LoginItem::Status login =
         platform().loginItem ? platform().loginItem->status() : LoginItem::Status::notFound;
-    checkRows_ = healthChecks(trusted, config, login);
+    checkRows_ = healthChecks(trusted, config, login, Config::fileProblem());
 }
 
 void MainWindowModel::refreshHelp() {

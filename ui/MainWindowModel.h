@@ -119,8 +119,12 @@ class MainWindowModel {
         friend bool operator==(const HealthCheck&, const HealthCheck&) = default;
     };
     // The three checks, in display order: Accessibility, master switch, start at login.
-    static std::vector<HealthCheck> healthChecks(bool trusted, const Config& config,
-                                                 LoginItem::Status loginStatus);
+    // `configProblem` is what is wrong with a settings file that cannot be read
+    // (`Config::fileProblem()`): the master switch check then fails and says so, since the
+    // switch it would report on is only the defaults'.
+    static std::vector<HealthCheck> healthChecks(
+        bool trusted, const Config& config, LoginItem::Status loginStatus,
+        const std::optional<std::string>& configProblem = std::nullopt);
     struct QuestionAndAnswer {
         std::string question;
         std::string answer;

@@ -2,12 +2,13 @@
 // that says whether the application really went.
 
 #include "tests/engine/EngineFixture.h"
+#include "tests/engine/ForwardingWorkspace.h"
 
 namespace quelto::enginetest {
 namespace {
 
 // The desktop's workspace, except that every quit request reports that it was not delivered.
-class UndeliveredQuitWorkspace final : public Workspace {
+class UndeliveredQuitWorkspace final : public ForwardingWorkspace {
     class App final : public RunningApplication {
       public:
         explicit App(RunningApplicationRef inner) : inner_(std::move(inner)) {}
@@ -35,7 +36,7 @@ class UndeliveredQuitWorkspace final : public Workspace {
     }
 
   public:
-    explicit UndeliveredQuitWorkspace(Workspace& inner) : inner_(inner) {}
+    using ForwardingWorkspace::ForwardingWorkspace;
 
     std::vector<RunningApplicationRef> runningApplications() override {
         std::vector<RunningApplicationRef> out;
@@ -48,25 +49,6 @@ class UndeliveredQuitWorkspace final : public Workspace {
     RunningApplicationRef runningApplication(Pid pid) override {
         return wrap(inner_.runningApplication(pid));
     }
-    Pid ownProcessIdentifier() override { return inner_.ownProcessIdentifier(); }
-    Subscription observeLaunches(ApplicationHandler handler) override {
-        return inner_.observeLaunches(std::move(handler));
-    }
-    Subscription observeTerminations(ApplicationHandler handler) override {
-        return inner_.observeTerminations(std::move(handler));
-    }
-    std::optional<std::string> pathForApplication(const std::string& id) override {
-        return inner_.pathForApplication(id);
-    }
-    std::string displayName(const std::string& path) override { return inner_.displayName(path); }
-    std::optional<std::string> bundleIdentifierAtPath(const std::string& path) override {
-        return inner_.bundleIdentifierAtPath(path);
-    }
-    bool openURL(const std::string& url) override { return inner_.openURL(url); }
-    void selectFile(const std::string& path) override { inner_.selectFile(path); }
-
-  private:
-    Workspace& inner_;
 };
 
 class TerminationTest : public EngineTest {
@@ -111,9 +93,12 @@ TEST_F(TerminationTest, ASecondDecisionThreeSecondsLaterIsSkipped) {
                              "",
                          }));
     EXPECT_EQ(desktop.quitRequests().size(), 1u);
+    // The journal tells what happened: no request went out this time.
     ASSERT_EQ(journal().size(), 2u);
-    EXPECT_EQ(journal()[0].outcome, "quitting");
-    EXPECT_TRUE(journal()[0].quit);
+    EXPECT_EQ(journal()[0].outcome, "quit already requested");
+    EXPECT_FALSE(journal()[0].quit);
+    EXPECT_EQ(journal()[1].outcome, "quitting");
+    EXPECT_TRUE(journal()[1].quit);
     // The throttle keeps the moment of the request that was sent.
     EXPECT_EQ(engine->lastTerminateAttempt.at(textEdit), desktop.now() - 3.0);
 }
@@ -179,6 +164,45 @@ TEST_F(TerminationTest, AProcessThatVanishedBeforeTheRequestIsAlreadyGone) {
     EXPECT_EQ(takeLog(), (Lines{"              → app already gone"}));
     EXPECT_TRUE(engine->lastTerminateAttempt.empty());
     EXPECT_TRUE(desktop.quitRequests().empty());
+}
+
+TEST_F(TerminationTest, AnAppGoneDuringTheDecisionIsJournalledAsGoneNotQuitting) {
+    // The application quits by itself while the decision reads its windows.
+    bool quitDuringRead = false;
+    desktop.setReadHook([&](sim::ElementId, const std::string& attribute) {
+        if (!quitDuringRead || attribute != "AXWindows") return;
+        quitDuringRead = false;
+        desktop.terminateApp(textEdit);
+    });
+    clickClose(windows[0]);
+    desktop.advance(0.1);
+    quitDuringRead = true;
+    desktop.advance(0.25);
+    desktop.setReadHook(nullptr);
+    EXPECT_EQ(takeLog(), (Lines{
+                             "00:00:10.000  red dot clicked — TextEdit \"One\"  (cached)",
+                             "00:00:10.350  TextEdit (com.apple.TextEdit)  window closed  ←  "
+                             "red dot",
+                             "              windows remaining: unknown",
+                             "              → mode last-window: no action",
+                             "              → mode red-dot:     WOULD QUIT",
+                             "              → app already gone",
+                             "",
+                         }));
+    ASSERT_EQ(journal().size(), 1u);
+    EXPECT_EQ(journal()[0].outcome, "app already gone");
+    EXPECT_FALSE(journal()[0].quit);
+    EXPECT_TRUE(desktop.quitRequests().empty());
+    EXPECT_TRUE(engine->lastTerminateAttempt.empty());
+}
+
+TEST_F(TerminationTest, TerminateSaysWhatBecameOfTheDecision) {
+    auto watcher = watcherOf(textEdit);
+    EXPECT_EQ(engine->terminate(watcher), Engine::QuitAttempt::requested);
+    EXPECT_EQ(engine->terminate(watcher), Engine::QuitAttempt::throttled);
+    engine->lastTerminateAttempt.clear();
+    desktop.terminateApp(textEdit);
+    EXPECT_EQ(engine->terminate(watcher), Engine::QuitAttempt::appGone);
 }
 
 TEST_F(TerminationTest, TheCheckKeepsTheEngineAliveUntilItHasRun) {

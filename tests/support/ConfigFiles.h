@@ -23,12 +23,24 @@ inline void removeConfig() {
     std::filesystem::remove(Config::path(), ec);
 }
 
-// The file's text; empty when there is none.
-inline std::string readConfig() {
-    std::ifstream in(Config::path(), std::ios::binary);
+// Any file's bytes; empty when there is none.
+inline std::string readFileBytes(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
     std::stringstream ss;
     ss << in.rdbuf();
     return ss.str();
+}
+
+// Replaces any file with exactly `bytes`, creating its folder.
+inline void writeFileBytes(const std::string& path, const std::string& bytes) {
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out << bytes;
+}
+
+// The file's text; empty when there is none.
+inline std::string readConfig() {
+    return readFileBytes(Config::path());
 }
 
 }  // namespace quelto::test

@@ -1,0 +1,247 @@
+// A configuration file that is there but cannot be read reads as the defaults, and is never
+// written over: the first save moves it aside, whole, and the log says where. A path that is
+// no regular file (a FIFO, a directory, a link to nowhere) is never opened in a way that can
+// block.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <future>
+#include <string>
+#include <vector>
+
+#include "platform/Platform.h"
+#include "settings/Config.h"
+#include "settings/ConfigFile.h"
+#include "tests/support/ConfigFiles.h"
+#include "tests/support/LogCapture.h"
+
+namespace quelto {
+namespace {
+
+namespace fs = std::filesystem;
+using Lines = std::vector<std::string>;
+
+// A clock fixed at 2026-03-02 09:15:07.250, local time.
+class FixedClock final : public Clock {
+  public:
+    Date now() override { return Date{1772442907.25}; }
+    LocalTime localTime(Date) override { return LocalTime{2026, 3, 2, 9, 15, 7, 250}; }
+};
+
+const char* const stamp = "20260302-091507";
+
+// The user's file: their arming and exclusions, and one Latin-1 "é" in a comment.
+const std::string latin1File =
+    "# R\xE9glages de Quelto\nlive = true\nmode = red-dot\narm = com.apple.TextEdit\n"
+    "exclude = com.apple.Music\n";
+
+using test::readFileBytes;
+using test::writeFileBytes;
+
+class UnreadableConfig : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        clean();
+        installPlatform(Platform{.clock = &clock_}, false);
+        test::LogCapture::shared().attach();
+        test::LogCapture::shared().take();
+        fs::create_directories(Config::directory());
+    }
+    void TearDown() override {
+        test::LogCapture::shared().take();
+        installPlatform(Platform{});
+        clean();
+    }
+    static void clean() {
+        std::error_code ec;
+        fs::remove_all(fs::path(Config::directory()).parent_path(), ec);
+    }
+    static std::vector<std::string> entries() {
+        std::vector<std::string> names;
+        std::error_code ec;
+        for (auto& e : fs::directory_iterator(Config::directory(), ec))
+            names.push_back(e.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+    static std::string aside() { return Config::path() + ".unreadable-" + stamp; }
+    static Lines logTexts() { return test::LogCapture::shared().take(); }
+
+    // The menu's on/off toggle: load, flip the switch, save.
+    static void toggleLive() {
+        Config config = Config::load();
+        config.live = !config.live;
+        config.save();
+    }
+
+  private:
+    FixedClock clock_;
+};
+
+TEST_F(UnreadableConfig, ALatin1ByteInACommentReadsAsTheDefaults) {
+    writeFileBytes(Config::path(), latin1File);
+    EXPECT_EQ(Config::load(), Config());
+    EXPECT_EQ(Config::fileProblem(), "is not valid UTF-8");
+}
+
+TEST_F(UnreadableConfig, TheFirstSaveMovesTheFileAsideWholeAndLogsWhere) {
+    writeFileBytes(Config::path(), latin1File);
+    toggleLive();
+
+    EXPECT_EQ(logTexts(),
+              (Lines{"09:15:07.250  config.txt is not valid UTF-8 — moved it aside to " + aside() +
+                     " before saving"}));
+    EXPECT_EQ(entries(), (std::vector<std::string>{"config.txt",
+                                                   std::string("config.txt.unreadable-") + stamp}));
+    // Kept byte for byte: the user's arming and exclusions are all still there.
+    EXPECT_EQ(readFileBytes(aside()), latin1File);
+    // The new file is the toggled defaults, whole.
+    Config expected;
+    expected.live = false;
+    EXPECT_EQ(readFileBytes(Config::path()), expected.canonicalText());
+    EXPECT_EQ(Config::load(), expected);
+    EXPECT_EQ(Config::fileProblem(), std::nullopt);
+}
+
+TEST_F(UnreadableConfig, OnlyTheFirstSaveMovesAnythingAside) {
+    writeFileBytes(Config::path(), latin1File);
+    toggleLive();
+    logTexts();
+    toggleLive();
+    toggleLive();
+    EXPECT_TRUE(logTexts().empty());
+    EXPECT_EQ(entries().size(), 2u);
+    EXPECT_EQ(readFileBytes(aside()), latin1File);
+}
+
+TEST_F(UnreadableConfig, AReadableOrMissingFileIsSavedOverWithoutAWord) {
+    toggleLive();  // missing
+    writeFileBytes(Config::path(), "live = true\n# Réglages, in UTF-8\n");
+    EXPECT_EQ(Config::fileProblem(), std::nullopt);
+    toggleLive();  // readable
+    EXPECT_TRUE(logTexts().empty());
+    EXPECT_EQ(entries(), std::vector<std::string>{"config.txt"});
+}
+
+TEST_F(UnreadableConfig, AnotherFileKeptAsideInTheSameSecondKeepsItsName) {
+    writeFileBytes(aside(), "kept earlier");
+    writeFileBytes(Config::path(), latin1File);
+    toggleLive();
+    EXPECT_EQ(readFileBytes(aside()), "kept earlier");
+    EXPECT_EQ(readFileBytes(aside() + "-2"), latin1File);
+    EXPECT_EQ(logTexts(),
+              (Lines{"09:15:07.250  config.txt is not valid UTF-8 — moved it aside to " + aside() +
+                     "-2 before saving"}));
+}
+
+TEST_F(UnreadableConfig, WhenItCannotBeMovedAsideNothingIsSaved) {
+    // Every name it could be kept under is taken.
+    writeFileBytes(aside(), "taken");
+    for (int n = 2; n <= 99; ++n) writeFileBytes(aside() + "-" + std::to_string(n), "taken");
+    writeFileBytes(Config::path(), latin1File);
+    toggleLive();
+    EXPECT_EQ(logTexts(), (Lines{"09:15:07.250  config.txt is not valid UTF-8 — could not move it "
+                                 "aside (File exists), so the settings were not saved"}));
+    EXPECT_EQ(readFileBytes(Config::path()), latin1File);
+}
+
+TEST_F(UnreadableConfig, AFifoReadsAsTheDefaultsAtOnce) {
+    ASSERT_EQ(::mkfifo(Config::path().c_str(), 0600), 0);
+    auto load = std::async(std::launch::async, [] { return Config::load(); });
+    if (load.wait_for(std::chrono::seconds(10)) != std::future_status::ready) {
+        // Unblock the reader, so that the failure is reported rather than hung.
+        int fd = ::open(Config::path().c_str(), O_WRONLY | O_NONBLOCK);
+        if (fd >= 0) ::close(fd);
+        FAIL() << "loading a FIFO blocked";
+    }
+    EXPECT_EQ(load.get(), Config());
+    EXPECT_EQ(Config::fileProblem(), "is not a regular file");
+    EXPECT_FALSE(Config::writeTemplateIfMissing());
+}
+
+TEST_F(UnreadableConfig, ASaveOverAFifoMovesItAsideUnopened) {
+    ASSERT_EQ(::mkfifo(Config::path().c_str(), 0600), 0);
+    toggleLive();
+    EXPECT_EQ(logTexts(), (Lines{"09:15:07.250  config.txt is not a regular file — moved it aside "
+                                 "to " +
+                                 aside() + " before saving"}));
+    EXPECT_TRUE(fs::is_fifo(aside()));
+    EXPECT_TRUE(fs::is_regular_file(Config::path()));
+    EXPECT_FALSE(Config::load().live);
+}
+
+TEST_F(UnreadableConfig, ASaveOverADirectoryMovesItAsideWithEverythingInIt) {
+    fs::create_directories(fs::path(Config::path()) / "inside");
+    writeFileBytes((fs::path(Config::path()) / "inside" / "notes.txt").string(), "mine");
+    EXPECT_EQ(Config::load(), Config());
+    EXPECT_EQ(Config::fileProblem(), "is not a regular file");
+    toggleLive();
+    EXPECT_EQ(logTexts(), (Lines{"09:15:07.250  config.txt is not a regular file — moved it aside "
+                                 "to " +
+                                 aside() + " before saving"}));
+    EXPECT_EQ(readFileBytes((fs::path(aside()) / "inside" / "notes.txt").string()), "mine");
+    EXPECT_TRUE(fs::is_regular_file(Config::path()));
+    EXPECT_FALSE(Config::load().live);
+}
+
+TEST_F(UnreadableConfig, ALinkToNowhereIsKeptAsideAsALink) {
+    fs::create_symlink("/Volumes/Dotfiles/quelto.txt", Config::path());
+    EXPECT_EQ(Config::load(), Config());
+    EXPECT_EQ(Config::fileProblem(), "could not be read (No such file or directory)");
+    EXPECT_FALSE(Config::writeTemplateIfMissing());
+    toggleLive();
+    EXPECT_TRUE(fs::is_symlink(aside()));
+    EXPECT_EQ(fs::read_symlink(aside()), "/Volumes/Dotfiles/quelto.txt");
+    EXPECT_FALSE(Config::load().live);
+}
+
+TEST_F(UnreadableConfig, ALinkToARegularFileReadsThroughIt) {
+    std::string target = (fs::path(Config::directory()) / "real.txt").string();
+    writeFileBytes(target, "live = false\n");
+    fs::create_symlink(target, Config::path());
+    EXPECT_FALSE(Config::load().live);
+    EXPECT_EQ(Config::fileProblem(), std::nullopt);
+}
+
+TEST_F(UnreadableConfig, AFileWithoutReadPermissionIsUnreadable) {
+    if (geteuid() == 0) GTEST_SKIP() << "permissions do not bind the superuser";
+    writeFileBytes(Config::path(), "live = false\n");
+    fs::permissions(Config::path(), fs::perms::none);
+    EXPECT_EQ(Config::load(), Config());
+    EXPECT_EQ(Config::fileProblem(), "could not be read (Permission denied)");
+    toggleLive();
+    fs::permissions(aside(), fs::perms::owner_read);
+    EXPECT_EQ(readFileBytes(aside()), "live = false\n");
+}
+
+TEST_F(UnreadableConfig, TheReaderTellsMissingReadableAndUnreadableApart) {
+    EXPECT_EQ(readConfigFile(Config::path()).state, ConfigFileRead::State::missing);
+    writeFileBytes(Config::path(), "live = false\n");
+    ConfigFileRead read = readConfigFile(Config::path());
+    EXPECT_EQ(read.state, ConfigFileRead::State::readable);
+    EXPECT_EQ(read.text, "live = false\n");
+    EXPECT_TRUE(read.problem.empty());
+    writeFileBytes(Config::path(), "\xE9");
+    read = readConfigFile(Config::path());
+    EXPECT_EQ(read.state, ConfigFileRead::State::unreadable);
+    EXPECT_TRUE(read.text.empty() || read.text == "\xE9");
+    EXPECT_EQ(read.problem, "is not valid UTF-8");
+    // A path under a plain file has nothing at it.
+    EXPECT_EQ(readConfigFile(Config::path() + "/below").state, ConfigFileRead::State::missing);
+}
+
+TEST_F(UnreadableConfig, TheAsideNameIsTheLocalTimeToTheSecond) {
+    EXPECT_EQ(unreadableAsideName("/x/config.txt", LocalTime{2026, 12, 31, 23, 59, 58, 999}),
+              "/x/config.txt.unreadable-20261231-235958");
+    EXPECT_EQ(unreadableAsideName("/x/config.txt", LocalTime{2027, 1, 2, 3, 4, 5, 0}),
+              "/x/config.txt.unreadable-20270102-030405");
+}
+
+}  // namespace
+}  // namespace quelto
