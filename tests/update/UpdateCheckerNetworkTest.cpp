@@ -252,7 +252,7 @@ TEST_F(UpdateCheckerNetwork, GzipBombFailsWithoutDetail) {
     LoopbackServer server(
         LoopbackServer::always({200,
                                 {{"Content-Encoding", "gzip"}},
-                                LoopbackServer::gzipOfRepeated(' ', 64u * 1024 * 1024)}));
+                                LoopbackServer::gzipOfRepeated(' ', 16u * 1024 * 1024)}));
     useSite(server.baseURL());
     checkAndWait();
     EXPECT_EQ(logged.messages().back(), "update check failed: no detail");
