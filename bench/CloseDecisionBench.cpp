@@ -10,6 +10,7 @@
 
 #include "bench/BusyDesktop.h"
 #include "settings/Activity.h"
+#include "settings/ActivityTestSeam.h"
 #include "settings/Log.h"
 
 namespace quelto::bench {
@@ -50,7 +51,7 @@ void BM_CloseDecision(benchmark::State& state) {
         // The application quits and the quit check runs out, untimed.
         desktop.advance(3);
         Log::shared().drain();
-        Activity::shared().reset();
+        ActivityTestSeam::startEmpty();
         state.ResumeTiming();
     }
 }

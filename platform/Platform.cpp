@@ -64,6 +64,7 @@ void installPlatform(const Platform& p, bool replaceAll) {
     take(cur.http, p.http);
     take(cur.alerts, p.alerts);
     take(cur.pasteboard, p.pasteboard);
+    take(cur.collation, p.collation);
     if (!cur.clock) cur.clock = &systemClock();
 }
 

@@ -4,6 +4,7 @@
 // quelto-sim. The core reaches the system only through these interfaces.
 
 #include "platform/Accessibility.h"
+#include "platform/Collation.h"
 #include "platform/MainQueue.h"
 #include "platform/MouseMonitor.h"
 #include "platform/Services.h"
@@ -22,6 +23,7 @@ struct Platform {
     HttpClient* http = nullptr;
     Alerts* alerts = nullptr;
     Pasteboard* pasteboard = nullptr;
+    Collation* collation = nullptr;  // none: the portable order
 };
 
 // The installed platform. Before anything is installed, every member is null but `clock`,

@@ -2,6 +2,7 @@
 // The smaller platform services: the application bundle and system facts, the login item,
 // HTTP, modal alerts and the pasteboard.
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
@@ -42,6 +43,8 @@ struct HttpRequest {
     std::string url;
     std::string method = "GET";
     std::vector<std::pair<std::string, std::string>> headers;
+    // How long the exchange may go without receiving anything (connecting included) before
+    // it fails: an idle time-out, as NSURLRequest's, not a limit on the whole exchange.
     double timeoutSeconds = 60;
     bool ignoreLocalCache = false;
 };
@@ -51,12 +54,20 @@ struct HttpResult {
     std::optional<std::string> transportError;
     // The status code, when the response is an HTTP response.
     std::optional<int> statusCode;
-    // The body, when one arrived.
+    // The body, when one arrived, whole and no longer than `HttpClient::maxBodyBytes`.
     std::optional<std::string> body;
+    // The reply's body (as decoded, so a compressed one counts by what it expands to) went
+    // past `HttpClient::maxBodyBytes`: reading stopped there, and the result carries no body
+    // and no transport error, so whoever asked sees a failure with no detail.
+    bool bodyTooLarge = false;
 };
 
 class HttpClient {
   public:
+    // The longest body a client reads: 1 MB. No reply Quelto asks for comes near it, and a
+    // hostile or broken server cannot make it hold more.
+    static constexpr std::size_t maxBodyBytes = 1024 * 1024;
+
     virtual ~HttpClient() = default;
     // Starts the request and returns at once; `completion` runs later on any thread.
     virtual void send(const HttpRequest& request, std::function<void(HttpResult)> completion) = 0;

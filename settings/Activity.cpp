@@ -11,8 +11,8 @@ Activity& Activity::shared() {
 }
 
 void Activity::record(const Entry& entry) {
-    entries_.insert(entries_.begin(), entry);
-    if (entries_.size() > limit) entries_.resize(limit);
+    entries_.push_front(entry);
+    while (entries_.size() > limit) entries_.pop_back();
     NotificationCenter::defaultCenter().post(changed);
 }
 

@@ -1,30 +1,36 @@
 #pragma once
 // The in-memory journal of close decisions shown by the interface: newest first, at most
-// 200 entries, not persisted.
+// 200 entries, not persisted. It changes only through `record`; everyone else reads.
 
+#include <cstddef>
+#include <deque>
 #include <string>
-#include <vector>
 
 #include "platform/Types.h"
 
 namespace quelto {
+
+class ActivityTestSeam;
 
 class Activity {
   public:
     // "QueltoActivityChanged", posted after every record.
     static constexpr const char* changed = "QueltoActivityChanged";
 
+    // One decision, built with all its fields at once and never changed afterwards.
     struct Entry {
-        Date at;
-        std::string app;
-        std::string bundleID;
-        std::string cause;
-        long windowsLeft = 0;
-        std::string outcome;
-        bool quit = false;
+        const Date at;
+        const std::string app;
+        const std::string bundleID;
+        const std::string cause;
+        const long windowsLeft = 0;
+        const std::string outcome;
+        const bool quit = false;
 
         friend bool operator==(const Entry&, const Entry&) = default;
     };
+    // Newest first. A deque, so an entry goes in at the front without moving the others.
+    using Entries = std::deque<Entry>;
 
     static Activity& shared();
 
@@ -32,15 +38,22 @@ class Activity {
     void record(const Entry& entry);
 
     // Newest first; a read-only view.
-    const std::vector<Entry>& entries() const { return entries_; }
+    const Entries& entries() const { return entries_; }
 
-    // Empties the journal (a fresh launch of the simulator in the same process).
-    void reset() { entries_.clear(); }
-
-    static constexpr std::size_t limit = 200;
+    Activity(const Activity&) = delete;
+    Activity& operator=(const Activity&) = delete;
 
   private:
-    std::vector<Entry> entries_;
+    Activity() = default;
+
+    // The most entries kept.
+    static constexpr std::size_t limit = 200;
+
+    Entries entries_;
+
+    // Tests, benchmarks and the simulated desktop start each run from an empty journal, as
+    // a fresh launch does.
+    friend class ActivityTestSeam;
 };
 
 }  // namespace quelto

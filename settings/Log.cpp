@@ -1,6 +1,7 @@
 #include "settings/Log.h"
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -62,6 +63,15 @@ void appendTimestamp(std::string& s, const LocalTime& t) {
     appendTwoDigits(s, ms % 100);
 }
 
+// Names the calling thread (at most 15 characters on Linux).
+void nameThisThread(const char* name) {
+#if defined(__APPLE__)
+    pthread_setname_np(name);
+#else
+    pthread_setname_np(pthread_self(), name);
+#endif
+}
+
 }  // namespace
 
 // One serial writer thread does every output. Callers only build their line and append it
@@ -119,6 +129,7 @@ struct Log::Impl {
     }
 
     void run() {
+        nameThisThread(Log::writerThreadName);
         std::deque<Item> batch;
         for (;;) {
             {

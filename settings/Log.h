@@ -23,6 +23,9 @@ class Log {
     // "~/Library/Logs/Quelto.log" with the tilde expanded, computed once.
     static const std::string& path();
 
+    // The writer thread's name, as crash reports, debuggers and profilers show it.
+    static constexpr const char* writerThreadName = "quelto.log";
+
     // Queues one line: "HH:mm:ss.SSS  message" when timestamped, else the message as is.
     void write(const std::string& message, bool timestamped = true);
     // Fourteen spaces and the message, untimestamped.

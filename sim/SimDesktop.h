@@ -61,6 +61,16 @@ struct QuitRequest {
     bool forced = false;  // always false: the seam has no forced quit; kept as an invariant probe
 };
 
+// Something the system put in front of the user on Quelto's behalf: a link opened in its
+// application, a file shown selected in a Finder window, or the system's own Accessibility
+// prompt.
+struct OpenedItem {
+    enum class Kind { link, revealedFile, accessibilityPrompt };
+    Kind kind = Kind::link;
+    std::string target;  // the address or the path; empty for a prompt
+    Date at;
+};
+
 class SimDesktop final : public Accessibility,
                          public Workspace,
                          public MainQueue,
@@ -217,6 +227,12 @@ class SimDesktop final : public Accessibility,
                             const std::string& displayName);
     const std::vector<std::string>& openedURLs() const;
     const std::vector<std::string>& revealedFiles() const;
+    // Links opened, files revealed and Accessibility prompts, in the order they appeared.
+    const std::vector<OpenedItem>& openedItems() const;
+    // NSApplication.setActivationPolicy of a running application (Quelto's own). One that
+    // stops being regular while it is frontmost hands the front back to the regular
+    // application that was frontmost before it.
+    void setActivationPolicy(Pid pid, ActivationPolicy policy);
     // HTTP: a canned reply for a URL (anything else fails with a transport error).
     void setHttpReply(const std::string& url, HttpResult result);
     const std::vector<HttpRequest>& httpRequests() const;

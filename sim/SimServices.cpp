@@ -14,7 +14,11 @@ bool SimDesktop::isProcessTrusted() {
 }
 
 bool SimDesktop::isProcessTrustedWithPrompt() {
-    if (!state_->trusted) ++state_->trustPrompts;  // the system's own prompt
+    if (!state_->trusted) {
+        // The system's own prompt: it shows it only while access is missing.
+        ++state_->trustPrompts;
+        state_->opened.push_back(OpenedItem{OpenedItem::Kind::accessibilityPrompt, "", now()});
+    }
     return state_->trusted;
 }
 
@@ -114,6 +118,11 @@ void SimDesktop::send(const HttpRequest& request, std::function<void(HttpResult)
     auto it = state_->httpReplies.find(request.url);
     if (it != state_->httpReplies.end()) {
         result = it->second;
+        // As the real clients do, a body past the limit is not read.
+        if (result.body && result.body->size() > HttpClient::maxBodyBytes) {
+            result.body.reset();
+            result.bodyTooLarge = true;
+        }
     } else {
         result.transportError = "Could not connect to the server.";
     }

@@ -162,6 +162,7 @@ struct SimDesktop::State {
     std::vector<std::shared_ptr<AppRecord>> apps;  // insertion order, terminated ones included
     std::unordered_map<Pid, std::shared_ptr<AppRecord>> runningByPid;  // the running ones
     std::optional<Pid> frontmost;
+    std::vector<Pid> formerFrontmost;  // the applications frontmost before, most recent last
     Pid ownPid = 1;
     std::vector<QuitRequest> quitRequests;
     std::vector<Pid> activations;
@@ -203,6 +204,7 @@ struct SimDesktop::State {
     std::vector<InstalledApplication> installed;
     std::vector<std::string> openedURLs;
     std::vector<std::string> revealedFiles;
+    std::vector<OpenedItem> opened;
     std::map<std::string, HttpResult> httpReplies;
     std::vector<HttpRequest> httpRequests;
 };
@@ -255,7 +257,8 @@ class SimRunningApplication final : public RunningApplication {
     Pid processIdentifier() const override { return spec_.pid; }
     std::optional<std::string> localizedName() const override { return spec_.name; }
     std::optional<std::string> bundleIdentifier() const override { return spec_.bundleID; }
-    ActivationPolicy activationPolicy() const override { return spec_.policy; }
+    // The application's policy now (it can change while it runs).
+    ActivationPolicy activationPolicy() const override;
     bool terminate() override;
     bool isTerminated() const override;
     bool activate() override;

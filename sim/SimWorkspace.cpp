@@ -30,6 +30,11 @@ bool SimRunningApplication::terminate() {
     return true;
 }
 
+ActivationPolicy SimRunningApplication::activationPolicy() const {
+    auto app = live();
+    return app ? app->desc.policy : spec_.policy;
+}
+
 bool SimRunningApplication::isTerminated() const {
     if (life_.expired()) return true;
     auto app = app_.lock();
@@ -118,6 +123,11 @@ void SimDesktop::terminateApp(Pid pid) {
 void SimDesktop::setFrontmost(std::optional<Pid> pid) {
     State& s = *state_;
     if (pid && !s.runningApp(*pid)) return;
+    if (s.frontmost && s.frontmost != pid) {
+        auto& former = s.formerFrontmost;
+        former.erase(std::remove(former.begin(), former.end(), *s.frontmost), former.end());
+        former.push_back(*s.frontmost);
+    }
     s.frontmost = pid;
     if (!pid) return;
     // Activating an application brings its windows forward, in their own order.
@@ -128,6 +138,25 @@ void SimDesktop::setFrontmost(std::optional<Pid> pid) {
     }
     mine.insert(mine.end(), others.begin(), others.end());
     s.zOrder = std::move(mine);
+}
+
+void SimDesktop::setActivationPolicy(Pid pid, ActivationPolicy policy) {
+    State& s = *state_;
+    AppRecord* app = s.runningApp(pid);
+    if (!app) return;
+    const bool wasRegular = app->desc.policy == ActivationPolicy::regular;
+    app->desc.policy = policy;
+    if (!wasRegular || policy == ActivationPolicy::regular || s.frontmost != pid) return;
+    // An application without a Dock icon cannot stay the active one: macOS activates the
+    // regular application that was active before it (the one whose menu bar comes back).
+    for (auto it = s.formerFrontmost.rbegin(); it != s.formerFrontmost.rend(); ++it) {
+        const AppRecord* candidate = s.runningApp(*it);
+        if (*it != pid && candidate && candidate->desc.policy == ActivationPolicy::regular) {
+            setFrontmost(*it);
+            return;
+        }
+    }
+    s.frontmost.reset();
 }
 
 void SimDesktop::setOwnPid(Pid pid) {
@@ -255,11 +284,13 @@ std::optional<std::string> SimDesktop::bundleIdentifierAtPath(const std::string&
 bool SimDesktop::openURL(const std::string& url) {
     if (url.empty()) return false;
     state_->openedURLs.push_back(url);
+    state_->opened.push_back(OpenedItem{OpenedItem::Kind::link, url, now()});
     return true;
 }
 
 void SimDesktop::selectFile(const std::string& path) {
     state_->revealedFiles.push_back(path);
+    state_->opened.push_back(OpenedItem{OpenedItem::Kind::revealedFile, path, now()});
 }
 
 const std::vector<std::string>& SimDesktop::openedURLs() const {
@@ -268,6 +299,10 @@ const std::vector<std::string>& SimDesktop::openedURLs() const {
 
 const std::vector<std::string>& SimDesktop::revealedFiles() const {
     return state_->revealedFiles;
+}
+
+const std::vector<OpenedItem>& SimDesktop::openedItems() const {
+    return state_->opened;
 }
 
 }  // namespace quelto::sim

@@ -120,6 +120,8 @@ std::string commandsText() {
         "expect icon active|paused         expect [not] tooltip \"TEXT\"",
         "expect [no] settings [tab TAB] \"TEXT\"",
         "expect [no] pasteboard \"TEXT\"     expect [no] alert \"TEXT\"     expect [no] dock-icon",
+        "expect [no] opened \"TEXT\"         a link opened, a file revealed or an Accessibility "
+        "prompt",
     };
     for (const char* e : expectations) out += std::string("  ") + e + "\n";
     return out;

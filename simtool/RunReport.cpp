@@ -32,8 +32,7 @@ std::string trimRight(std::string s) {
 
 }  // namespace
 
-std::vector<std::string> journalTable(const std::vector<Activity::Entry>& entries,
-                                      int utcOffsetSeconds) {
+std::vector<std::string> journalTable(const Activity::Entries& entries, int utcOffsetSeconds) {
     if (entries.empty()) return {"(no entries)"};
     const std::vector<std::string> header = {"Time", "Application", "Closed by",
                                              "Left", "Result",      "Quit"};

@@ -12,8 +12,7 @@
 namespace quelto::simtool {
 
 // The journal as aligned columns: Time, Application, Closed by, Left, Result, Quit.
-std::vector<std::string> journalTable(const std::vector<Activity::Entry>& entries,
-                                      int utcOffsetSeconds);
+std::vector<std::string> journalTable(const Activity::Entries& entries, int utcOffsetSeconds);
 
 struct ReportOptions {
     bool logOnly = false;  // the log's lines and nothing else

@@ -356,6 +356,7 @@ void Parser::showCommand(Args& args) {
                 [line](ScenarioRunner& r) { r.show(line, "desktop", desktopText(r)); });
         return;
     }
+    if (*what == "opened") return showOpened(args);
     if (*what == "pasteboard") {
         if (!args.end()) return;
         addStep(line, "show", [line](ScenarioRunner& r) {
@@ -414,10 +415,11 @@ void Parser::showCommand(Args& args) {
         });
         return;
     }
-    std::vector<std::string> whats = {"menu",      "icon",       "window", "tab",
-                                      "main-menu", "pasteboard", "alerts", "apps"};
+    std::vector<std::string> whats = {"menu",       "icon",   "window", "tab",   "main-menu",
+                                      "pasteboard", "alerts", "apps",   "opened"};
     std::string message =
-        "show takes menu, icon, window, tab TAB, main-menu, pasteboard, alerts or apps, not " +
+        "show takes menu, icon, window, tab TAB, main-menu, pasteboard, alerts, apps or opened, "
+        "not " +
         inQuotes(*what);
     if (auto near = closestWord(*what, whats))
         message = "cannot show " + inQuotes(*what) + " (did you mean \"" + *near + "\"?)";
@@ -575,7 +577,9 @@ bool Parser::expectInterface(Args& args, bool negated, const std::string& subjec
         if (!args.end()) return true;
         addExpectation(line, [line, negated](ScenarioRunner& r) {
             if (!r.host()) return r.error(line, "Quelto is not running");
-            bool shown = r.host()->activationPolicy() == ActivationPolicy::regular;
+            // What the Dock shows: the policy of Quelto's process on the desktop.
+            auto own = r.desktop().runningApplication(r.scenario().ownPid);
+            bool shown = own && own->activationPolicy() == ActivationPolicy::regular;
             r.check(line, shown != negated,
                     negated ? "expected no Dock icon; Quelto shows one"
                             : "expected a Dock icon; Quelto shows none");

@@ -384,7 +384,7 @@ const std::vector<Parser::Command>& Parser::commands() {
           "\"BUTTON\"",
           "The settings window: open it (printed as seen), change tabs, operate its controls."},
          &Parser::settingsCommand},
-        {{"show", "show menu|icon|window|tab TAB|main-menu|pasteboard|alerts|apps",
+        {{"show", "show menu|icon|window|tab TAB|main-menu|pasteboard|alerts|apps|opened",
           "Prints what is on screen now into the run's output."},
          &Parser::showCommand},
         {{"install", "install PATH [BUNDLE-ID|no-bundle] [\"DISPLAY NAME\"]",

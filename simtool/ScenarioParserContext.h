@@ -180,6 +180,8 @@ class Parser {
     void loginItemCommand(Args& args);                 // ScenarioInterface.cpp
     void alertAnswerCommand(Args& args);               // ScenarioInterface.cpp
     void updateReplyCommand(Args& args);               // ScenarioInterface.cpp
+    void showOpened(Args& args);                       // ScenarioOpenedCommands.cpp
+    void expectOpened(Args& args, bool negated);       // ScenarioOpenedCommands.cpp
 
     std::vector<Diagnostic> errors_;
     std::string pendingConfigText_;

@@ -9,6 +9,7 @@
 #include "platform/BuildSettings.h"
 #include "platform/Platform.h"
 #include "settings/Activity.h"
+#include "settings/ActivityTestSeam.h"
 #include "settings/Config.h"
 #include "settings/HomeDirectory.h"
 #include "settings/Log.h"
@@ -70,7 +71,7 @@ RunResult ScenarioRunner::run() {
     Log::shared().setMirror([](const std::string&) {});
     Log::shared().setClock(desktop_.get());
     prepareFiles();
-    Activity::shared().reset();
+    ActivityTestSeam::startEmpty();
 
     desktop_->setBundleInfo("CFBundleIdentifier", std::string(build::bundleID));
     desktop_->setBundleInfo("CFBundleShortVersionString", std::string(build::version));
@@ -241,9 +242,11 @@ void ScenarioRunner::startQuelto(int line) {
     if (started_) return error(line, "Quelto is already running");
     started_ = true;
     const Pid own = scenario_.ownPid;
-    host_ = std::make_unique<SimApplicationHost>([this, own] {
-        if (desktop_->isRunning(own)) desktop_->setFrontmost(own);
-    });
+    host_ = std::make_unique<SimApplicationHost>(
+        [this, own] {
+            if (desktop_->isRunning(own)) desktop_->setFrontmost(own);
+        },
+        [this, own](ActivationPolicy policy) { desktop_->setActivationPolicy(own, policy); });
     controller_ = AppController::create(*host_);
     controller_->applicationDidFinishLaunching();
 }

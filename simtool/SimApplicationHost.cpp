@@ -2,11 +2,13 @@
 
 namespace quelto::simtool {
 
-SimApplicationHost::SimApplicationHost(std::function<void()> onActivate)
-    : onActivate_(std::move(onActivate)) {}
+SimApplicationHost::SimApplicationHost(std::function<void()> onActivate,
+                                       std::function<void(ActivationPolicy)> onPolicyChange)
+    : onActivate_(std::move(onActivate)), onPolicyChange_(std::move(onPolicyChange)) {}
 
 void SimApplicationHost::setActivationPolicy(ActivationPolicy policy) {
     policy_ = policy;
+    if (onPolicyChange_) onPolicyChange_(policy);
 }
 
 void SimApplicationHost::activateIgnoringOtherApps() {

@@ -15,8 +15,10 @@ namespace quelto::simtool {
 
 class SimApplicationHost final : public ApplicationHost {
   public:
-    // `onActivate` brings this program to the front of the simulated desktop.
-    explicit SimApplicationHost(std::function<void()> onActivate = {});
+    // `onActivate` brings this program to the front of the simulated desktop;
+    // `onPolicyChange` gives its process the new activation policy there.
+    explicit SimApplicationHost(std::function<void()> onActivate = {},
+                                std::function<void(ActivationPolicy)> onPolicyChange = {});
 
     void setActivationPolicy(ActivationPolicy policy) override;
     void activateIgnoringOtherApps() override;
@@ -40,6 +42,7 @@ class SimApplicationHost final : public ApplicationHost {
 
   private:
     std::function<void()> onActivate_;
+    std::function<void(ActivationPolicy)> onPolicyChange_;
     ActivationPolicy policy_ = ActivationPolicy::accessory;
     bool terminateRequested_ = false;
     std::vector<MainMenuMenu> mainMenu_;

@@ -2,9 +2,9 @@
 // applications that are not running.
 
 #include <algorithm>
-#include <cctype>
 #include <set>
 
+#include "platform/Collation.h"
 #include "platform/NotificationCenter.h"
 #include "platform/Platform.h"
 #include "settings/Log.h"
@@ -28,13 +28,6 @@ std::string lastPathComponent(std::string path) {
     return slash == std::string::npos || path.size() == 1 ? path : path.substr(slash + 1);
 }
 
-// Case-insensitive ascending order of display names.
-bool nameBefore(const std::string& a, const std::string& b) {
-    return std::lexicographical_compare(
-        a.begin(), a.end(), b.begin(), b.end(),
-        [](unsigned char x, unsigned char y) { return std::tolower(x) < std::tolower(y); });
-}
-
 }  // namespace
 
 const std::vector<TableColumn>& MainWindowModel::appsColumns() {
@@ -46,7 +39,11 @@ const std::vector<TableColumn>& MainWindowModel::appsColumns() {
 MainWindowModel::ExcludeBox MainWindowModel::excludeBox(const AppRow& row) {
     ExcludeBox box;
     box.identifier = row.bundleID;
-    if (row.excluded) {
+    if (row.clicked) {
+        // The box as the user left it: it could be clicked, so it is enabled.
+        box.checked = *row.clicked;
+        box.enabled = true;
+    } else if (row.excluded) {
         // The user's own exclusion can always be taken back, even for a built-in
         // identifier, whose protection then simply remains.
         box.checked = true;
@@ -129,7 +126,7 @@ void MainWindowModel::rebuildApps(const Config& config) {
 
     std::stable_sort(rows.begin(), rows.end(), [](const AppRow& a, const AppRow& b) {
         if (a.running != b.running) return a.running;
-        return nameBefore(a.name, b.name);
+        return compareNames(a.name, b.name) < 0;
     });
     appRows_ = std::move(rows);
 }
@@ -142,8 +139,11 @@ void MainWindowModel::toggleExclusion(const std::string& bundleID, bool boxCheck
     else
         config.excluded.erase(bundleID);
     config.save();
-    for (AppRow& row : appRows_)
-        if (row.bundleID == bundleID) row.excluded = boxChecked;
+    for (AppRow& row : appRows_) {
+        if (row.bundleID != bundleID) continue;
+        row.excluded = boxChecked;
+        row.clicked = boxChecked;
+    }
     changed(Change::appRow);
     NotificationCenter::defaultCenter().post(queltoConfigChanged);
 }

@@ -17,7 +17,6 @@ using Kind = quelto::ViewElement::Kind;
 
 constexpr CGFloat rowSpacing = 8;
 constexpr CGFloat columnSpacing = 2;
-constexpr CGFloat appsTableMinimumHeight = 340;
 constexpr CGFloat checkIconSide = 18;
 constexpr CGFloat checkTitleSize = 13;
 constexpr CGFloat checkDetailSize = 11;
@@ -185,10 +184,33 @@ class MacUpdateButton final : public quelto::UpdateButton {
     for (const quelto::ViewElement& element : tab.elements) {
         NSView* view = [self viewForElement:element];
         [stack addArrangedSubview:view];
+        if (element.spacingAfter > 0) [stack setCustomSpacing:element.spacingAfter afterView:view];
         // Separators and the Apps table span the page; everything else keeps its own width.
         if (element.kind == Kind::separator || element.kind == Kind::table)
             [view.widthAnchor constraintEqualToAnchor:stack.widthAnchor constant:-2 * tab.insetSide]
                 .active = YES;
+        if (element.kind == Kind::table) {
+            // The table takes whatever height the window leaves; the rest keep their own.
+            [view setContentHuggingPriority:NSLayoutPriorityDefaultLow - 100
+                             forOrientation:NSLayoutConstraintOrientationVertical];
+            [view setContentCompressionResistancePriority:NSLayoutPriorityDefaultLow - 100
+                                           forOrientation:NSLayoutConstraintOrientationVertical];
+        }
+    }
+
+    if (!tab.scrollable) {
+        // The stack fills the tab, so its table (which scrolls itself) grows and shrinks with
+        // the window: no scroller around a scroller.
+        stack.distribution = NSStackViewDistributionFill;
+        NSView* page = [[NSView alloc] init];
+        [page addSubview:stack];
+        [NSLayoutConstraint activateConstraints:@[
+            [stack.topAnchor constraintEqualToAnchor:page.topAnchor],
+            [stack.leadingAnchor constraintEqualToAnchor:page.leadingAnchor],
+            [stack.trailingAnchor constraintEqualToAnchor:page.trailingAnchor],
+            [stack.bottomAnchor constraintEqualToAnchor:page.bottomAnchor],
+        ]];
+        return page;
     }
 
     // The stack sits in a scrollable container, as wide as the visible area, from the top.
@@ -379,8 +401,9 @@ class MacUpdateButton final : public quelto::UpdateButton {
     scroll.hasVerticalScroller = YES;
     if (apps) {
         scroll.borderType = NSBezelBorder;
-        [scroll.heightAnchor constraintGreaterThanOrEqualToConstant:appsTableMinimumHeight].active =
-            YES;
+        [scroll.heightAnchor
+            constraintGreaterThanOrEqualToConstant:quelto::MainWindowModel::appsTableMinimumHeight]
+            .active = YES;
         _appsTable = table;
     } else {
         scroll.borderType = NSNoBorder;

@@ -58,6 +58,10 @@ class MainWindowModel {
         bool running = false;
         bool excluded = false;
         bool builtIn = false;
+        // The "Never quit" box as the user last clicked it. A click changes the box itself
+        // and nothing redraws the row, so it shows the user's state, enabled, until the
+        // table's next reload (which builds the rows afresh, without it).
+        std::optional<bool> clicked;
         friend bool operator==(const AppRow&, const AppRow&) = default;
     };
     // The "Never quit" check box of one row.
@@ -81,6 +85,8 @@ class MainWindowModel {
     // `toggleExclusion(box.identifier, newState)`.
     static const std::vector<TableColumn>& appsColumns();
     static constexpr double appsRowHeight = 26;
+    // The Apps table never gets shorter than this; it grows with the window.
+    static constexpr double appsTableMinimumHeight = 340;
 
     // What the "Add App…" open panel shows.
     struct OpenPanelSpec {

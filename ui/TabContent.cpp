@@ -140,6 +140,7 @@ TabContent generalTab(const MainWindowModel& model) {
 
 TabContent appsTab() {
     TabContent tab;
+    tab.scrollable = false;
     tab.spacing = 10;
     tab.insetTop = 16;
     tab.insetSide = 16;
@@ -160,6 +161,7 @@ TabContent appsTab() {
 TabContent activityTab() {
     TabContent tab;
     tab.layout = TabContent::Layout::table;
+    tab.scrollable = false;
     tab.elements.push_back(table("activity"));
     return tab;
 }
@@ -203,6 +205,10 @@ TabContent helpTab(const MainWindowModel& model) {
     return tab;
 }
 
+// The About tab's gaps: under the icon, and between its groups (its stack spaces by 6).
+constexpr double aboutIconGap = 12;
+constexpr double aboutGroupGap = 18;
+
 TabContent aboutTab() {
     const MainWindowModel::AboutLines lines = MainWindowModel::aboutLines();
     TabContent tab;
@@ -211,15 +217,24 @@ TabContent aboutTab() {
     tab.insetTop = 32;
     tab.insetSide = 24;
     auto& el = tab.elements;
-    el.push_back(image("AppIcon", 128));
+    // Groups, with larger gaps between them: the icon and title with the version, the
+    // description, the links, the buttons, the system facts.
+    ViewElement icon = image("AppIcon", 128);
+    icon.spacingAfter = aboutIconGap;
+    el.push_back(icon);
     el.push_back(heading("Quelto", 30, true));
-    el.push_back(text(lines.versionLine, 12, true));
+    ViewElement version = text(lines.versionLine, 12, true);
+    version.spacingAfter = aboutGroupGap;
+    el.push_back(version);
     ViewElement tagline = text(lines.tagline, 12, true, 380);
     tagline.centred = true;
+    tagline.spacingAfter = aboutGroupGap;
     el.push_back(tagline);
-    el.push_back(group(Kind::row, {button(lines.siteButton, "openSite", Kind::linkButton),
-                                   button("Terms", "openTerms", Kind::linkButton),
-                                   button("Privacy", "openPrivacy", Kind::linkButton)}));
+    ViewElement links = group(Kind::row, {button(lines.siteButton, "openSite", Kind::linkButton),
+                                          button("Terms", "openTerms", Kind::linkButton),
+                                          button("Privacy", "openPrivacy", Kind::linkButton)});
+    links.spacingAfter = aboutGroupGap;
+    el.push_back(links);
     el.push_back(group(
         Kind::row, {button("Show Log", "revealLog"), button("Show Settings File", "revealConfig"),
                     button("Check for Updates…", "checkForUpdates")}));

@@ -50,14 +50,20 @@ struct ViewElement {
     std::string detail;  // health checks: the line under the title
     std::string symbol;  // health checks: "checkmark.circle.fill" / "exclamationmark.circle.fill"
     std::vector<ViewElement> children;
+    // The gap under this element in its tab's stack, where a group ends (the stack's
+    // custom spacing); 0 for the tab's own spacing.
+    double spacingAfter = 0;
 };
 
 // One settings tab: its label and identifier, how its content is laid out, and the content.
 struct TabContent {
     std::string identifier;
     std::string label;
-    // Stacks sit in a scrollable container; a table tab is a single table in a scroll view.
+    // A stack, or a single table in its scroll view filling the tab.
     enum class Layout { stack, table } layout = Layout::stack;
+    // Whether the stack sits in a scrollable container. A stack holding a table does not:
+    // it fills the tab, and the table (which scrolls itself) takes the height left over.
+    bool scrollable = true;
     bool centred = false;  // About: a centred stack
     double spacing = 0;
     double insetTop = 0;

@@ -20,11 +20,13 @@ class CurlHttpClient final : public HttpClient {
     CurlHttpClient(const CurlHttpClient&) = delete;
     CurlHttpClient& operator=(const CurlHttpClient&) = delete;
 
-    // Sends `request` on a new thread: its method, headers and time-out (the whole exchange,
-    // connection included). libcurl keeps no response cache, so every request reaches the
-    // server whatever `ignoreLocalCache` says. Redirects are followed (http and https only)
-    // and compressed bodies decoded. The result carries curl's error text when the exchange
-    // failed (and then no status or body), else the status code and the whole body.
+    // Sends `request` on a new thread: its method, headers and time-out (an idle one: the
+    // exchange fails once nothing has arrived for that long, connecting included). libcurl
+    // keeps no response cache, so every request reaches the server whatever
+    // `ignoreLocalCache` says. Redirects are followed (http and https only) and compressed
+    // bodies decoded. The result carries curl's error text when the exchange failed (and
+    // then no status or body); `bodyTooLarge` and no body when the body, decoded, went past
+    // `maxBodyBytes`; else the status code and the whole body.
     void send(const HttpRequest& request, std::function<void(HttpResult)> completion) override;
 
     // Runs `request` on the calling thread and returns its result.

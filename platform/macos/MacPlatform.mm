@@ -3,6 +3,7 @@
 #include "platform/Platform.h"
 #include "platform/macos/MacAccessibility.h"
 #include "platform/macos/MacAlerts.h"
+#include "platform/macos/MacCollation.h"
 #include "platform/macos/MacHttpClient.h"
 #include "platform/macos/MacLoginItem.h"
 #include "platform/macos/MacMainQueue.h"
@@ -26,6 +27,7 @@ void installMacPlatform() {
     static MacHttpClient http;
     static MacAlerts alerts;
     static MacPasteboard pasteboard;
+    static MacCollation collation;
 
     Platform p;
     p.accessibility = &accessibility;
@@ -38,6 +40,7 @@ void installMacPlatform() {
     p.http = &http;
     p.alerts = &alerts;
     p.pasteboard = &pasteboard;
+    p.collation = &collation;
     installPlatform(p);
     installNotificationBridge();
 }

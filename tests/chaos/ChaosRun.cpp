@@ -9,6 +9,7 @@
 #include "platform/NotificationCenter.h"
 #include "platform/Platform.h"
 #include "settings/Activity.h"
+#include "settings/ActivityTestSeam.h"
 
 namespace quelto::chaos {
 
@@ -54,7 +55,7 @@ ChaosRun::ChaosRun(std::uint64_t seed)
     sim::SimDesktop& d = *desktop_;
     d.install();
     d.setOwnPid(ownPid);
-    Activity::shared().reset();
+    ActivityTestSeam::startEmpty();
     journalChanges_ = NotificationCenter::defaultCenter().addObserver(Activity::changed,
                                                                       [this] { ++unseenRecords_; });
     // Applications quit by themselves or on request: the workspace says so.
@@ -103,7 +104,7 @@ ChaosRun::~ChaosRun() {
     desktop_->advance(60);
     journalChanges_.cancel();
     terminations_.cancel();
-    Activity::shared().reset();
+    ActivityTestSeam::startEmpty();
     desktop_.reset();
     installPlatform(Platform{});
 }
@@ -545,7 +546,7 @@ bool ChaosRun::fail(const std::string& what) {
 
 bool ChaosRun::check() {
     const auto& entries = Activity::shared().entries();
-    if (entries.size() > Activity::limit)
+    if (entries.size() > ActivityTestSeam::limit())
         return fail("the journal holds " + std::to_string(entries.size()) + " entries");
     if (engine_ && engine_->watchers.count(ownPid)) return fail("Quelto watches its own process");
 

@@ -216,7 +216,7 @@ TEST_F(CloseDecisionTest, TheRemainingWindowsAreOnlyTheUserWindows) {
 TEST_F(CloseDecisionTest, ShiftHeldOnTheRedDotKeepsTheAppRunningInEitherMode) {
     for (const char* mode : {"last-window", "red-dot"}) {
         SCOPED_TRACE(mode);
-        Activity::shared().reset();
+        ActivityTestSeam::startEmpty();
         writeConfig(std::string("live = true\narm = *\nescape = shift\nmode = ") + mode + "\n");
         auto notes = addWindow(textEdit, "Notes");
         if (!engine) startAndSettle();

@@ -12,6 +12,7 @@
 #include "engine/Engine.h"
 #include "platform/Platform.h"
 #include "settings/Activity.h"
+#include "settings/ActivityTestSeam.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
 #include "sim/SimDesktop.h"
@@ -48,7 +49,7 @@ class EngineTest : public ::testing::Test {
     void SetUp() override {
         desktop.install();
         desktop.setOwnPid(ownPid);
-        Activity::shared().reset();
+        ActivityTestSeam::startEmpty();
         LogCapture::shared().attach();
         LogCapture::shared().take();
         writeConfig(liveAllLastWindow);
@@ -59,7 +60,7 @@ class EngineTest : public ::testing::Test {
         engine.reset();
         desktop.advance(60);
         LogCapture::shared().take();
-        Activity::shared().reset();
+        ActivityTestSeam::startEmpty();
         sim_.reset();
         installPlatform(Platform{});
     }
@@ -108,7 +109,7 @@ class EngineTest : public ::testing::Test {
 
     WindowRef refOf(sim::ElementId window) const { return WindowRef{desktop.element(window)}; }
 
-    const std::vector<Activity::Entry>& journal() const { return Activity::shared().entries(); }
+    const Activity::Entries& journal() const { return Activity::shared().entries(); }
 
     std::unique_ptr<sim::SimDesktop> sim_;
     sim::SimDesktop& desktop;

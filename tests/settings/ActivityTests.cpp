@@ -5,14 +5,33 @@
 
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include "platform/NotificationCenter.h"
 #include "settings/Activity.h"
+#include "settings/ActivityTestSeam.h"
 
 namespace quelto {
 namespace {
 
 static_assert(std::is_aggregate_v<Activity::Entry>, "an entry is built with all fields at once");
+// An entry is an immutable value: copied whole, never changed field by field or replaced.
+static_assert(std::is_copy_constructible_v<Activity::Entry>);
+static_assert(!std::is_copy_assignable_v<Activity::Entry>);
+static_assert(!std::is_assignable_v<decltype((std::declval<Activity::Entry&>().app)), std::string>);
+// The journal is the one shared instance, changed only through `record`: nobody else can
+// make one, copy it or reach into its entries.
+static_assert(!std::is_default_constructible_v<Activity>);
+static_assert(!std::is_copy_constructible_v<Activity>);
+static_assert(
+    std::is_same_v<decltype(std::declval<const Activity&>().entries()), const Activity::Entries&>);
+
+// Whether `Activity` offers a member named reset; it must not.
+template <typename T, typename = void>
+constexpr bool hasReset = false;
+template <typename T>
+constexpr bool hasReset<T, std::void_t<decltype(std::declval<T&>().reset())>> = true;
+static_assert(!hasReset<Activity>, "the journal is emptied only through the test seam");
 
 Activity::Entry entry(int n, bool quit = false) {
     return Activity::Entry{Date{1000.0 + n},
@@ -26,13 +45,11 @@ Activity::Entry entry(int n, bool quit = false) {
 
 class ActivityTest : public ::testing::Test {
   protected:
-    void SetUp() override { Activity::shared().reset(); }
-    void TearDown() override { Activity::shared().reset(); }
+    void SetUp() override { ActivityTestSeam::startEmpty(); }
+    void TearDown() override { ActivityTestSeam::startEmpty(); }
 };
 
 TEST_F(ActivityTest, AFreshJournalIsEmpty) {
-    Activity journal;
-    EXPECT_TRUE(journal.entries().empty());
     EXPECT_TRUE(Activity::shared().entries().empty());
 }
 
@@ -70,7 +87,7 @@ TEST_F(ActivityTest, TwoHundredAndOneRecordsKeepTheNewestTwoHundred) {
     for (int i = 0; i < 201; ++i) Activity::shared().record(entry(i));
     const auto& list = Activity::shared().entries();
     ASSERT_EQ(list.size(), 200u);
-    EXPECT_EQ(Activity::limit, 200u);
+    EXPECT_EQ(ActivityTestSeam::limit(), 200u);
     EXPECT_EQ(list.front(), entry(200));
     EXPECT_EQ(list.back(), entry(1));
     for (const auto& e : list) EXPECT_NE(e, entry(0));
@@ -107,10 +124,17 @@ TEST_F(ActivityTest, ObserversSeeTheNewEntry) {
     EXPECT_EQ(seenApp, "App 2");
 }
 
-TEST_F(ActivityTest, ResetEmptiesTheJournal) {
+TEST_F(ActivityTest, TheTestSeamStartsFromAnEmptyJournalWithoutAPost) {
     Activity::shared().record(entry(1));
-    Activity::shared().reset();
+    int posts = 0;
+    Subscription sub =
+        NotificationCenter::defaultCenter().addObserver(Activity::changed, [&] { ++posts; });
+    ActivityTestSeam::startEmpty();
     EXPECT_TRUE(Activity::shared().entries().empty());
+    EXPECT_EQ(posts, 0);
+    Activity::shared().record(entry(2));
+    ASSERT_EQ(Activity::shared().entries().size(), 1u);
+    EXPECT_EQ(Activity::shared().entries()[0], entry(2));
 }
 
 }  // namespace

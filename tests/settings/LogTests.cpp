@@ -2,6 +2,7 @@
 // across threads, a file deleted while the program runs, and no line lost at exit.
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,13 +17,10 @@
 #include <thread>
 #include <vector>
 
-#if defined(__APPLE__)
-#include <mach-o/dyld.h>
-#endif
-
 #include "platform/MainQueue.h"
 #include "platform/Platform.h"
 #include "settings/Log.h"
+#include "tests/support/ThisExecutable.h"
 
 extern char** environ;
 
@@ -268,6 +266,24 @@ TEST_F(LogTest, LinesReachTheMirrorInEffectWhenTheyWereLogged) {
     EXPECT_EQ(second, std::vector<std::string>{"to the second\n"});
 }
 
+TEST_F(LogTest, WriterThreadIsNamedForCrashReportsAndProfilers) {
+    std::mutex nameMutex;
+    std::string writerName;
+    Log::shared().setMirror([&](const std::string&) {
+        char name[64] = {0};
+        pthread_getname_np(pthread_self(), name, sizeof name);
+        std::lock_guard lock(nameMutex);
+        writerName = name;
+    });
+    log("which thread writes this?");
+    Log::shared().drain();
+    Log::shared().setMirror([](const std::string&) {});
+    Log::shared().drain();
+    std::lock_guard lock(nameMutex);
+    EXPECT_EQ(writerName, "quelto.log");
+    EXPECT_EQ(std::string(Log::writerThreadName), "quelto.log");
+}
+
 TEST_F(LogTest, CallsFromTwoThreadsAppearInCallOrder) {
     removeFile();
     std::thread first([] { log("from the first thread"); });
@@ -363,20 +379,8 @@ TEST(LogExitHelper, DISABLED_LogAndExit) {
     std::exit(0);
 }
 
-std::string executablePath() {
-#if defined(__APPLE__)
-    char buffer[PATH_MAX];
-    uint32_t size = sizeof buffer;
-    if (_NSGetExecutablePath(buffer, &size) != 0) return {};
-    return buffer;
-#else
-    std::error_code ec;
-    return fs::read_symlink("/proc/self/exe", ec).string();
-#endif
-}
-
 TEST_F(LogTest, NoLineIsLostAtExit) {
-    std::string exe = executablePath();
+    std::string exe = test::thisExecutable();
     ASSERT_FALSE(exe.empty());
     std::string out = std::string(std::getenv("HOME")) + "/exit-helper-lines.txt";
     fs::remove(out);

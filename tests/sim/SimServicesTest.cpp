@@ -82,5 +82,31 @@ TEST(SimServices, HttpRepliesArriveOnTheMainQueue) {
     EXPECT_EQ(desktop.httpRequests().size(), 2u);
 }
 
+TEST(SimServices, HttpBodyPastTheLimitIsNotRead) {
+    SimDesktop desktop;
+    HttpResult big;
+    big.statusCode = 200;
+    big.body = std::string(HttpClient::maxBodyBytes + 1, 'x');
+    desktop.setHttpReply("https://quelto.app/big", big);
+    HttpResult atLimit;
+    atLimit.statusCode = 200;
+    atLimit.body = std::string(HttpClient::maxBodyBytes, 'x');
+    desktop.setHttpReply("https://quelto.app/limit", atLimit);
+    std::vector<HttpResult> results;
+    for (const char* url : {"https://quelto.app/big", "https://quelto.app/limit"}) {
+        HttpRequest request;
+        request.url = url;
+        desktop.send(request, [&](HttpResult r) { results.push_back(std::move(r)); });
+    }
+    desktop.runDue();
+    ASSERT_EQ(results.size(), 2u);
+    EXPECT_TRUE(results[0].bodyTooLarge);
+    EXPECT_FALSE(results[0].body);
+    EXPECT_FALSE(results[0].transportError);
+    EXPECT_FALSE(results[1].bodyTooLarge);
+    ASSERT_TRUE(results[1].body);
+    EXPECT_EQ(results[1].body->size(), HttpClient::maxBodyBytes);
+}
+
 }  // namespace
 }  // namespace quelto::sim

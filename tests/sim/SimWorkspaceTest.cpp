@@ -162,6 +162,77 @@ TEST(SimWorkspace, InstalledApplicationsAndFileServices) {
     EXPECT_EQ(desktop.revealedFiles(), (std::vector<std::string>{"/tmp/x.log"}));
 }
 
+TEST(SimWorkspace, OpenedLinksRevealedFilesAndPromptsAreRecordedInOrder) {
+    SimDesktop desktop(Date{1000});
+    EXPECT_TRUE(desktop.openURL("https://example.com"));
+    EXPECT_FALSE(desktop.openURL(""));
+    desktop.advance(2);
+    desktop.selectFile("/tmp/x.log");
+    EXPECT_TRUE(desktop.isProcessTrustedWithPrompt());  // trusted: the system shows no prompt
+    desktop.setTrusted(false);
+    EXPECT_FALSE(desktop.isProcessTrustedWithPrompt());
+    EXPECT_FALSE(desktop.isProcessTrusted());  // asking without the option shows nothing
+    const auto& items = desktop.openedItems();
+    ASSERT_EQ(items.size(), 3u);
+    EXPECT_EQ(items[0].kind, OpenedItem::Kind::link);
+    EXPECT_EQ(items[0].target, "https://example.com");
+    EXPECT_EQ(items[0].at, Date{1000});
+    EXPECT_EQ(items[1].kind, OpenedItem::Kind::revealedFile);
+    EXPECT_EQ(items[1].target, "/tmp/x.log");
+    EXPECT_EQ(items[1].at, Date{1002});
+    EXPECT_EQ(items[2].kind, OpenedItem::Kind::accessibilityPrompt);
+    EXPECT_EQ(desktop.trustPromptCount(), 1);
+}
+
+TEST(SimWorkspace, ActivationPolicyIsLiveOnTheRunningApplication) {
+    SimDesktop desktop;
+    AppSpec own = testing::app(1, "Quelto");
+    own.policy = ActivationPolicy::accessory;
+    desktop.addApp(own);
+    RunningApplicationRef handle = desktop.runningApplication(1);
+    EXPECT_EQ(handle->activationPolicy(), ActivationPolicy::accessory);
+    desktop.setActivationPolicy(1, ActivationPolicy::regular);
+    EXPECT_EQ(handle->activationPolicy(), ActivationPolicy::regular);
+    EXPECT_EQ(desktop.runningApplication(1)->activationPolicy(), ActivationPolicy::regular);
+    desktop.setActivationPolicy(99, ActivationPolicy::regular);  // no such process: nothing
+}
+
+TEST(SimWorkspace, AppTurningAccessoryWhileFrontmostHandsTheFrontBack) {
+    SimDesktop desktop;
+    AppSpec own = testing::app(1, "Quelto");
+    own.policy = ActivationPolicy::accessory;
+    desktop.addApp(own);
+    desktop.addApp(testing::app(5, "Mail"));
+    desktop.addApp(testing::app(6, "Notes"));
+    desktop.setFrontmost(5);
+    desktop.setFrontmost(6);
+    desktop.setActivationPolicy(1, ActivationPolicy::regular);
+    desktop.setFrontmost(1);
+    desktop.setActivationPolicy(1, ActivationPolicy::accessory);
+    ASSERT_NE(desktop.frontmostApplication(), nullptr);
+    EXPECT_EQ(desktop.frontmostApplication()->processIdentifier(), 6);
+
+    // The app before it has quit meanwhile: the one before that.
+    desktop.setActivationPolicy(1, ActivationPolicy::regular);
+    desktop.setFrontmost(1);
+    desktop.terminateApp(6);
+    desktop.setActivationPolicy(1, ActivationPolicy::accessory);
+    EXPECT_EQ(desktop.frontmostApplication()->processIdentifier(), 5);
+
+    // Not frontmost: the front stays where it is.
+    desktop.setActivationPolicy(1, ActivationPolicy::regular);
+    desktop.setActivationPolicy(1, ActivationPolicy::accessory);
+    EXPECT_EQ(desktop.frontmostApplication()->processIdentifier(), 5);
+
+    // No regular app was in front before it: nothing is.
+    SimDesktop alone;
+    alone.addApp(own);
+    alone.setActivationPolicy(1, ActivationPolicy::regular);
+    alone.setFrontmost(1);
+    alone.setActivationPolicy(1, ActivationPolicy::accessory);
+    EXPECT_EQ(alone.frontmostApplication(), nullptr);
+}
+
 TEST(SimWorkspace, RunningApplicationOutlivingTheDesktop) {
     RunningApplicationRef app;
     {

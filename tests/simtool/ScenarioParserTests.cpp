@@ -171,6 +171,21 @@ TEST(ScenarioParser, ExpectationsAreCheckedToo) {
               "x.scn:1: error: expect menu needs Quelto running: put start before it");
 }
 
+TEST(ScenarioParser, OpenedIsShownAndExpectedWithAQuotedText) {
+    EXPECT_TRUE(errorsOf("show opened\nexpect opened \"link https://quelto.app\"\n"
+                         "expect no opened \"Accessibility prompt\"\n")
+                    .empty());
+    EXPECT_EQ(onlyError("show opend\n"),
+              "x.scn:1: error: cannot show \"opend\" (did you mean "
+              "\"opened\"?)");
+    EXPECT_EQ(onlyError("show opened now\n"),
+              "x.scn:1: error: unexpected \"now\" — usage: show "
+              "menu|icon|window|tab TAB|main-menu|pasteboard|alerts|apps|opened");
+    EXPECT_EQ(onlyError("expect opend \"x\"\n"),
+              "x.scn:1: error: unknown expectation \"opend\" (did you mean \"opened\"?)");
+    EXPECT_EQ(onlyError("expect opened https://quelto.app\n").rfind("x.scn:1: error: ", 0), 0u);
+}
+
 TEST(ScenarioParser, InterfaceCommandsNeedQueltoStarted) {
     EXPECT_EQ(onlyError("menu open\n"),
               "x.scn:1: error: menu needs Quelto running: put start before it");

@@ -206,7 +206,7 @@ TEST(ScenarioRunner, TheHomeIsShownAsTheScenarioSays) {
 }
 
 TEST(JournalTable, ColumnsAreAlignedByCharactersNotBytes) {
-    std::vector<Activity::Entry> entries = {
+    Activity::Entries entries = {
         {Date{1772442000.0}, "Safari", "com.apple.Safari", "red dot — after a dialog", 0,
          "quitting", true},
         {Date{1772442001.0}, "Preview", "com.apple.Preview", "red dot", 2, "no action", false},

@@ -113,9 +113,31 @@ TEST_F(SettingsWindowTest, BuiltInAppAlsoExcludedStaysEnabledSoTheUserCanRemoveI
 
     model.toggleExclusion("com.apple.finder", false);
     EXPECT_TRUE(Config::load().excluded.empty());
+    // The box shows what the user clicked, and stays clickable, until the table reloads…
     box = MainWindowModel::excludeBox(*row(model, "com.apple.finder"));
-    EXPECT_TRUE(box.checked);  // the built-in protection remains
+    EXPECT_FALSE(box.checked);
+    EXPECT_TRUE(box.enabled);
+    EXPECT_EQ(box.toolTip, "Always protected");
+    // …which shows the built-in protection that remains.
+    model.refresh();
+    box = MainWindowModel::excludeBox(*row(model, "com.apple.finder"));
+    EXPECT_TRUE(box.checked);
     EXPECT_FALSE(box.enabled);
+}
+
+TEST_F(SettingsWindowTest, ClickedBoxKeepsTheUsersStateUntilTheNextReload) {
+    desktop.addApp(app(10, "com.apple.Safari", "Safari"));
+    MainWindowModel model;
+    model.toggleExclusion("com.apple.Safari", true);
+    auto box = MainWindowModel::excludeBox(*row(model, "com.apple.Safari"));
+    EXPECT_TRUE(box.checked);
+    EXPECT_TRUE(box.enabled);
+    EXPECT_EQ(row(model, "com.apple.Safari")->clicked, true);
+    model.refresh();
+    EXPECT_EQ(row(model, "com.apple.Safari")->clicked, std::nullopt);
+    box = MainWindowModel::excludeBox(*row(model, "com.apple.Safari"));
+    EXPECT_TRUE(box.checked);
+    EXPECT_TRUE(box.enabled);
 }
 
 TEST_F(SettingsWindowTest, OrdinaryRowsAreUncheckedEnabledWithoutTooltip) {
@@ -182,6 +204,23 @@ TEST_F(SettingsWindowTest, RowsSortByNameIgnoringCaseRunningFirst) {
     desktop.addApp(app(12, "com.example.al", "alpha"));
     MainWindowModel model;
     EXPECT_EQ(names(model), (std::vector<std::string>{"alpha", "Beta", "gamma", "com.example.a"}));
+}
+
+TEST_F(SettingsWindowTest, RowsSortAsTheMacDoesAccentsCaseAndScripts) {
+    writeConfig("exclude = com.example.ouzo\n");
+    desktop.installApplication("/Applications/Ouzo.app", "com.example.ouzo", "Ούζο.app");
+    desktop.addApp(app(10, "com.example.zed", "Zed"));
+    desktop.addApp(app(11, "com.example.apfel", "Äpfel"));
+    desktop.addApp(app(12, "com.example.apple", "apple"));
+    desktop.addApp(app(13, "com.example.zhuk", "Жук"));
+    desktop.addApp(app(14, "com.example.eclair", "Éclair"));
+    desktop.addApp(app(15, "com.example.elia", "ελιά"));
+    desktop.addApp(app(16, "com.example.edit", "edit"));
+    desktop.addApp(app(17, "com.example.app10", "App 10"));
+    desktop.addApp(app(18, "com.example.app9", "App 9"));
+    MainWindowModel model;
+    EXPECT_EQ(names(model), (std::vector<std::string>{"Äpfel", "App 9", "App 10", "apple", "Éclair",
+                                                      "edit", "Zed", "ελιά", "Жук", "Ούζο"}));
 }
 
 TEST_F(SettingsWindowTest, BuiltInAppsNotRunningAndNotExcludedAreNotListed) {
@@ -402,6 +441,31 @@ TEST_F(SettingsWindowTest, ContentNamesTheControlsAndTheirActions) {
     EXPECT_TRUE(actions.count("statusLabel"));
     EXPECT_EQ(model.content("activity").layout, TabContent::Layout::table);
     EXPECT_TRUE(model.content("x").identifier.empty());
+}
+
+TEST_F(SettingsWindowTest, TablesFillTheirTabsWithoutAnOuterScroller) {
+    MainWindowModel model;
+    EXPECT_FALSE(model.content("apps").scrollable);
+    EXPECT_FALSE(model.content("activity").scrollable);
+    EXPECT_TRUE(model.content("general").scrollable);
+    EXPECT_TRUE(model.content("help").scrollable);
+    EXPECT_TRUE(model.content("about").scrollable);
+    EXPECT_EQ(MainWindowModel::appsTableMinimumHeight, 340);
+}
+
+TEST_F(SettingsWindowTest, AboutTabGroupsHaveLargerGapsBetweenThem) {
+    MainWindowModel model;
+    TabContent about = model.content("about");
+    EXPECT_EQ(about.spacing, 6);
+    std::vector<double> gaps;
+    for (const ViewElement& e : about.elements) gaps.push_back(e.spacingAfter);
+    // Icon, title, version · description · links · buttons, Copy Diagnostics, system, note.
+    EXPECT_EQ(gaps, (std::vector<double>{12, 0, 18, 18, 18, 0, 0, 0, 0}));
+    ASSERT_EQ(about.elements.size(), 9u);
+    EXPECT_EQ(about.elements[0].kind, ViewElement::Kind::image);
+    EXPECT_EQ(about.elements[2].text.rfind("Version ", 0), 0u);
+    EXPECT_EQ(about.elements[4].kind, ViewElement::Kind::row);
+    EXPECT_EQ(about.elements[4].children.at(1).text, "Terms");
 }
 
 TEST_F(SettingsWindowTest, TableColumns) {

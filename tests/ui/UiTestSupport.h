@@ -12,6 +12,7 @@
 #include "platform/NotificationCenter.h"
 #include "platform/Platform.h"
 #include "settings/Activity.h"
+#include "settings/ActivityTestSeam.h"
 #include "settings/Config.h"
 #include "settings/Log.h"
 #include "sim/SimDesktop.h"
@@ -64,15 +65,9 @@ inline sim::AppSpec app(Pid pid, std::optional<std::string> bundleID,
 
 inline Activity::Entry entry(Date at, std::string app, std::string cause, std::string outcome,
                              bool quit) {
-    Activity::Entry e;
-    e.at = at;
-    e.app = std::move(app);
-    e.bundleID = "com.example." + e.app;
-    e.cause = std::move(cause);
-    e.windowsLeft = 0;
-    e.outcome = std::move(outcome);
-    e.quit = quit;
-    return e;
+    std::string bundleID = "com.example." + app;
+    return Activity::Entry{
+        at, std::move(app), std::move(bundleID), std::move(cause), 0, std::move(outcome), quit};
 }
 
 // 2026-01-01 00:00:00 UTC, the desktop's start; local time is one hour ahead.
@@ -89,7 +84,7 @@ class UiTest : public ::testing::Test {
     void SetUp() override {
         desktop.install();
         desktop.setOwnPid(ownPid);
-        Activity::shared().reset();
+        ActivityTestSeam::startEmpty();
         removeConfig();
         LogLines::shared().attach();
         LogLines::shared().take();
@@ -100,7 +95,7 @@ class UiTest : public ::testing::Test {
     void TearDown() override {
         configPosts_.cancel();
         LogLines::shared().take();
-        Activity::shared().reset();
+        ActivityTestSeam::startEmpty();
         removeConfig();
         sim_.reset();
         installPlatform(Platform{});

@@ -125,16 +125,91 @@ TEST(CurlHttpClient, UnsupportedSchemeIsATransportError) {
     EXPECT_FALSE(result.transportError->empty());
 }
 
-TEST(CurlHttpClient, TenMegabyteBodyArrivesWhole) {
-    std::string big(10 * 1024 * 1024, '\0');
-    for (std::size_t i = 0; i < big.size(); ++i) big[i] = static_cast<char>('a' + i % 26);
-    LoopbackServer server(LoopbackServer::always({200, {}, big}));
+TEST(CurlHttpClient, TwoMegabyteBodyIsRefusedWithNeitherBodyNorError) {
+    LoopbackServer server(
+        LoopbackServer::always({200, {}, std::string(2 * HttpClient::maxBodyBytes, 'x')}));
     CurlHttpClient client;
     HttpResult result = sendAndWait(client, get(server.baseURL() + "/big"));
+    EXPECT_TRUE(result.bodyTooLarge);
+    EXPECT_FALSE(result.body);
     EXPECT_FALSE(result.transportError);
+    EXPECT_EQ(result.statusCode, 200);
+}
+
+TEST(CurlHttpClient, ExactlyOneMegabyteArrivesWhole) {
+    std::string body(HttpClient::maxBodyBytes, '\0');
+    for (std::size_t i = 0; i < body.size(); ++i) body[i] = static_cast<char>('a' + i % 26);
+    LoopbackServer server(LoopbackServer::always({200, {}, body}));
+    CurlHttpClient client;
+    HttpResult result = sendAndWait(client, get(server.baseURL() + "/limit"));
+    EXPECT_FALSE(result.transportError);
+    EXPECT_FALSE(result.bodyTooLarge);
     ASSERT_TRUE(result.body);
-    EXPECT_EQ(result.body->size(), big.size());
-    EXPECT_TRUE(*result.body == big);
+    EXPECT_EQ(result.body->size(), HttpClient::maxBodyBytes);
+    EXPECT_TRUE(*result.body == body);
+}
+
+TEST(CurlHttpClient, OneByteOverTheLimitIsRefused) {
+    LoopbackServer server(
+        LoopbackServer::always({200, {}, std::string(HttpClient::maxBodyBytes + 1, 'x')}));
+    CurlHttpClient client;
+    HttpResult result = sendAndWait(client, get(server.baseURL() + "/over"));
+    EXPECT_TRUE(result.bodyTooLarge);
+    EXPECT_FALSE(result.body);
+    EXPECT_FALSE(result.transportError);
+}
+
+TEST(CurlHttpClient, CompressedBodyIsCountedAsItDecodes) {
+    // Exactly the limit once decoded: read whole.
+    std::string atLimit = LoopbackServer::gzipOfRepeated('q', HttpClient::maxBodyBytes);
+    ASSERT_LT(atLimit.size(), 16u * 1024);
+    LoopbackServer server(LoopbackServer::always({200, {{"Content-Encoding", "gzip"}}, atLimit}));
+    CurlHttpClient client;
+    HttpResult result = sendAndWait(client, get(server.baseURL() + "/packed"));
+    EXPECT_FALSE(result.transportError);
+    EXPECT_FALSE(result.bodyTooLarge);
+    ASSERT_TRUE(result.body);
+    EXPECT_TRUE(*result.body == std::string(HttpClient::maxBodyBytes, 'q'));
+}
+
+TEST(CurlHttpClient, GzipBombStopsAtTheLimit) {
+    // About 100 kB on the wire, 16 MB once decoded: the client must stop at 1 MB.
+    std::string bomb = LoopbackServer::gzipOfRepeated('\0', 16u * 1024 * 1024);
+    ASSERT_LT(bomb.size(), HttpClient::maxBodyBytes / 8);
+    LoopbackServer server(LoopbackServer::always({200, {{"Content-Encoding", "gzip"}}, bomb}));
+    CurlHttpClient client;
+    HttpResult result = sendAndWait(client, get(server.baseURL() + "/bomb"));
+    EXPECT_TRUE(result.bodyTooLarge);
+    EXPECT_FALSE(result.body);
+    EXPECT_FALSE(result.transportError);
+}
+
+TEST(CurlHttpClient, ReplyTricklingInFasterThanTheTimeOutIsReadToItsEnd) {
+    // One byte every 0.4 s for longer than the whole time-out: the time-out is an idle one.
+    LoopbackServer::Response slow{200, {}, "trickled"};
+    slow.trickleSeconds = 0.4;
+    LoopbackServer server(LoopbackServer::always(slow));
+    CurlHttpClient client;
+    auto started = std::chrono::steady_clock::now();
+    HttpResult result = sendAndWait(client, get(server.baseURL() + "/slow", 1.5));
+    EXPECT_GT(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(1500))
+        << "the reply should have taken longer than the time-out";
+    EXPECT_FALSE(result.transportError) << *result.transportError;
+    EXPECT_EQ(result.statusCode, 200);
+    EXPECT_EQ(result.body, "trickled");
+}
+
+TEST(CurlHttpClient, ReplyThatFallsSilentForTheTimeOutFails) {
+    // The head arrives, then nothing more.
+    LoopbackServer::Response silent{200, {}, "never"};
+    silent.trickleSeconds = 30;
+    LoopbackServer server(LoopbackServer::always(silent));
+    CurlHttpClient client;
+    HttpResult result = sendAndWait(client, get(server.baseURL() + "/silent", 0.5));
+    ASSERT_TRUE(result.transportError);
+    EXPECT_EQ(*result.transportError, "The request timed out.");
+    EXPECT_FALSE(result.body);
+    EXPECT_FALSE(result.bodyTooLarge);
 }
 
 TEST(CurlHttpClient, FollowsRedirects) {

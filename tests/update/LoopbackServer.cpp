@@ -13,6 +13,7 @@
 #include <cctype>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 
 namespace quelto::test {
 
@@ -61,7 +62,88 @@ const char* reasonPhrase(int status) {
 
 constexpr std::size_t maxRequestHead = 64 * 1024;
 
+// Bits in deflate's order: each value's least significant bit first.
+class BitWriter {
+  public:
+    void bits(std::uint32_t value, int count) {
+        for (int i = 0; i < count; ++i) bit((value >> i) & 1u);
+    }
+    // A Huffman code goes most significant bit first.
+    void code(std::uint32_t value, int length) {
+        for (int i = length - 1; i >= 0; --i) bit((value >> i) & 1u);
+    }
+    std::string finish() {
+        if (used_ > 0) out_.push_back(static_cast<char>(current_));
+        current_ = 0;
+        used_ = 0;
+        return std::move(out_);
+    }
+
+  private:
+    void bit(std::uint32_t b) {
+        current_ |= static_cast<unsigned>(b) << used_;
+        if (++used_ == 8) {
+            out_.push_back(static_cast<char>(current_));
+            current_ = 0;
+            used_ = 0;
+        }
+    }
+    std::string out_;
+    unsigned current_ = 0;
+    int used_ = 0;
+};
+
+// A literal byte in deflate's fixed Huffman code.
+void literal(BitWriter& w, unsigned char byte) {
+    if (byte < 144)
+        w.code(0x30u + byte, 8);
+    else
+        w.code(0x190u + (byte - 144u), 9);
+}
+
+std::uint32_t crc32OfRepeated(unsigned char byte, std::size_t count) {
+    std::uint32_t table[256];
+    for (std::uint32_t n = 0; n < 256; ++n) {
+        std::uint32_t c = n;
+        for (int k = 0; k < 8; ++k) c = (c & 1u) ? 0xEDB88320u ^ (c >> 1) : c >> 1;
+        table[n] = c;
+    }
+    std::uint32_t crc = 0xFFFFFFFFu;
+    for (std::size_t i = 0; i < count; ++i) crc = table[(crc ^ byte) & 0xFFu] ^ (crc >> 8);
+    return crc ^ 0xFFFFFFFFu;
+}
+
+void appendLittleEndian(std::string& out, std::uint32_t value) {
+    for (int i = 0; i < 4; ++i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xFFu));
+}
+
 }  // namespace
+
+std::string LoopbackServer::gzipOfRepeated(char byte, std::size_t count) {
+    const auto b = static_cast<unsigned char>(byte);
+    BitWriter w;
+    w.bits(1, 1);  // the final block
+    w.bits(1, 2);  // compressed with the fixed Huffman codes
+    std::size_t left = count;
+    if (left > 0) {
+        literal(w, b);
+        --left;
+    }
+    // Then copies of the byte before: length 258 (symbol 285, no extra bits) at distance 1
+    // (distance code 0, five bits).
+    for (; left >= 258; left -= 258) {
+        w.code(0xC5u, 8);
+        w.code(0, 5);
+    }
+    for (; left > 0; --left) literal(w, b);
+    w.code(0, 7);  // end of block
+
+    std::string out = {'\x1f', '\x8b', 8, 0, 0, 0, 0, 0, 0, '\xff'};
+    out += w.finish();
+    appendLittleEndian(out, crc32OfRepeated(b, count));
+    appendLittleEndian(out, static_cast<std::uint32_t>(count & 0xFFFFFFFFu));
+    return out;
+}
 
 std::string LoopbackServer::Request::header(const std::string& name) const {
     for (const auto& [n, v] : headers)
@@ -208,29 +290,44 @@ void LoopbackServer::handle(int client) {
     }
 
     Response response = handler_(request);
-    if (response.delaySeconds > 0) {
-        auto until = std::chrono::steady_clock::now() +
-                     std::chrono::milliseconds(static_cast<long>(response.delaySeconds * 1000));
-        while (!stopping() && std::chrono::steady_clock::now() < until)
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    if (response.hangUp || stopping()) return;
+    if (!pause(response.delaySeconds) || response.hangUp) return;
 
     std::string out = "HTTP/1.1 " + std::to_string(response.status) + " " +
                       reasonPhrase(response.status) + "\r\n";
     for (const auto& [name, value] : response.headers) out += name + ": " + value + "\r\n";
     out += "Content-Length: " + std::to_string(response.body.size()) + "\r\n";
     out += "Connection: close\r\n\r\n";
-    if (request.method != "HEAD") out += response.body;
-
-    std::size_t sent = 0;
-    while (sent < out.size()) {
-        if (!waitFor(client, POLLOUT, 5000)) return;
-        ssize_t n = ::send(client, out.data() + sent, out.size() - sent, MSG_NOSIGNAL);
-        if (n <= 0) return;
-        sent += static_cast<std::size_t>(n);
+    const bool withBody = request.method != "HEAD";
+    if (response.trickleSeconds <= 0) {
+        if (withBody) out += response.body;
+        if (!sendAll(client, out.data(), out.size())) return;
+    } else {
+        if (!sendAll(client, out.data(), out.size())) return;
+        for (std::size_t i = 0; withBody && i < response.body.size(); ++i)
+            if (!pause(response.trickleSeconds) || !sendAll(client, &response.body[i], 1)) return;
     }
     ::shutdown(client, SHUT_WR);
+}
+
+bool LoopbackServer::sendAll(int client, const char* data, std::size_t size) {
+    std::size_t sent = 0;
+    while (sent < size) {
+        if (!waitFor(client, POLLOUT, 5000)) return false;
+        ssize_t n = ::send(client, data + sent, size - sent, MSG_NOSIGNAL);
+        if (n <= 0) return false;
+        sent += static_cast<std::size_t>(n);
+    }
+    return true;
+}
+
+bool LoopbackServer::pause(double seconds) {
+    if (seconds > 0) {
+        auto until = std::chrono::steady_clock::now() +
+                     std::chrono::milliseconds(static_cast<long>(seconds * 1000));
+        while (!stopping() && std::chrono::steady_clock::now() < until)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return !stopping();
 }
 
 }  // namespace quelto::test

@@ -5,6 +5,7 @@
 // itself once its lifetime is over, so a test that goes wrong never leaves it running.
 
 #include <atomic>
+#include <cstddef>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -33,6 +34,8 @@ class LoopbackServer {
         double delaySeconds = 0;
         // Close the connection without any answer.
         bool hangUp = false;
+        // Send the body one byte at a time, this many seconds apart (the head at once).
+        double trickleSeconds = 0;
     };
 
     using Handler = std::function<Response(const Request&)>;
@@ -56,11 +59,18 @@ class LoopbackServer {
     // A handler that always gives the same response.
     static Handler always(Response response);
 
+    // A gzip stream ("Content-Encoding: gzip") that decodes to `count` copies of `byte`:
+    // each 258 of them cost 13 bits, so a few hundred kilobytes expand to many megabytes.
+    static std::string gzipOfRepeated(char byte, std::size_t count);
+
   private:
     void serve();
     void handle(int client);
     bool waitFor(int fd, short events, int timeoutMs);
     bool stopping() const;
+    bool sendAll(int client, const char* data, std::size_t size);
+    // Waits `seconds`, or less when the server stops; false when it stopped.
+    bool pause(double seconds);
 
     Handler handler_;
     int fd_ = -1;

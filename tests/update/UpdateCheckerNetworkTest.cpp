@@ -221,19 +221,47 @@ TEST_F(UpdateCheckerNetwork, SlowSiteTimesOutIntoTheFailureAlert) {
     EXPECT_EQ(alerts.shown()[0].messageText, "Couldn’t check for updates");
 }
 
-TEST_F(UpdateCheckerNetwork, TenMegabyteReplyIsRead) {
-    std::string note(10 * 1024 * 1024, 'n');
-    LoopbackServer server(LoopbackServer::always(
-        {200,
-         {},
-         R"({"version":"1.2","build":42,"url":"https://quelto.app/d","notes":[")" + note +
-             "\"]}"}));
+TEST_F(UpdateCheckerNetwork, ReplyOfExactlyOneMegabyteIsRead) {
+    const std::string head =
+        R"({"version":"1.2","build":42,"url":"https://quelto.app/d","notes":[")";
+    const std::string tail = "\"]}";
+    std::string note(HttpClient::maxBodyBytes - head.size() - tail.size(), 'n');
+    ASSERT_EQ((head + note + tail).size(), HttpClient::maxBodyBytes);
+    LoopbackServer server(LoopbackServer::always({200, {}, head + note + tail}));
     useSite(server.baseURL());
     alerts.queueAnswer(Alerts::secondButtonReturn);
     checkAndWait();
     auto shown = alerts.shown();
     ASSERT_EQ(shown.size(), 1u);
     EXPECT_EQ(shown[0].informativeText, "You have 1.1 (build 41).\n\nWhat’s new:\n  •  " + note);
+}
+
+TEST_F(UpdateCheckerNetwork, TwoMegabyteReplyFailsWithoutDetail) {
+    std::string note(2 * HttpClient::maxBodyBytes, 'n');
+    LoopbackServer server(LoopbackServer::always(
+        {200,
+         {},
+         R"({"version":"1.2","build":42,"url":"https://quelto.app/d","notes":[")" + note +
+             "\"]}"}));
+    useSite(server.baseURL());
+    checkAndWait();
+    EXPECT_EQ(logged.messages().back(), "update check failed: no detail");
+    auto shown = alerts.shown();
+    ASSERT_EQ(shown.size(), 1u);
+    EXPECT_EQ(shown[0].messageText, "Couldn’t check for updates");
+    EXPECT_EQ(shown[0].informativeText, failureText());
+}
+
+TEST_F(UpdateCheckerNetwork, GzipBombFailsWithoutDetail) {
+    LoopbackServer server(
+        LoopbackServer::always({200,
+                                {{"Content-Encoding", "gzip"}},
+                                LoopbackServer::gzipOfRepeated(' ', 16u * 1024 * 1024)}));
+    useSite(server.baseURL());
+    checkAndWait();
+    EXPECT_EQ(logged.messages().back(), "update check failed: no detail");
+    ASSERT_EQ(alerts.shown().size(), 1u);
+    EXPECT_EQ(alerts.shown()[0].informativeText, failureText());
 }
 
 }  // namespace

@@ -148,7 +148,7 @@ TEST(UpdateReply, TenMegabyteBodyIsParsed) {
     EXPECT_EQ(latest->notes[0].size(), note.size());
 }
 
-TEST(UpdateReply, DeeplyNestedBodyFailsQuietly) {
+TEST(UpdateReply, DeeplyNestedUnknownKeyIsIgnoredAndUnclosedNestingFails) {
     std::string body = R"({"version":"1.2","build":42,"url":"https://a.b/d","x":)" +
                        std::string(100000, '[') + std::string(100000, ']') + "}";
     EXPECT_TRUE(UpdateChecker::parseReply(reply(body)));
