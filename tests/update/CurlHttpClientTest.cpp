@@ -125,14 +125,29 @@ TEST(CurlHttpClient, UnsupportedSchemeIsATransportError) {
     EXPECT_FALSE(result.transportError->empty());
 }
 
+// What a reply past the limit gives: no body and no transport error, so the update check
+// fails without detail.
+void expectRefusedAsTooLarge(const HttpResult& result) {
+    EXPECT_TRUE(result.bodyTooLarge);
+    EXPECT_FALSE(result.body);
+    EXPECT_FALSE(result.transportError);
+}
+
+// What a reply within the limit gives: the whole body.
+void expectWholeBody(const HttpResult& result, const std::string& body) {
+    EXPECT_FALSE(result.transportError);
+    EXPECT_FALSE(result.bodyTooLarge);
+    ASSERT_TRUE(result.body);
+    EXPECT_EQ(result.body->size(), body.size());
+    EXPECT_TRUE(*result.body == body);
+}
+
 TEST(CurlHttpClient, TwoMegabyteBodyIsRefusedWithNeitherBodyNorError) {
     LoopbackServer server(
         LoopbackServer::always({200, {}, std::string(2 * HttpClient::maxBodyBytes, 'x')}));
     CurlHttpClient client;
     HttpResult result = sendAndWait(client, get(server.baseURL() + "/big"));
-    EXPECT_TRUE(result.bodyTooLarge);
-    EXPECT_FALSE(result.body);
-    EXPECT_FALSE(result.transportError);
+    expectRefusedAsTooLarge(result);
     EXPECT_EQ(result.statusCode, 200);
 }
 
@@ -142,21 +157,15 @@ TEST(CurlHttpClient, ExactlyOneMegabyteArrivesWhole) {
     LoopbackServer server(LoopbackServer::always({200, {}, body}));
     CurlHttpClient client;
     HttpResult result = sendAndWait(client, get(server.baseURL() + "/limit"));
-    EXPECT_FALSE(result.transportError);
-    EXPECT_FALSE(result.bodyTooLarge);
-    ASSERT_TRUE(result.body);
-    EXPECT_EQ(result.body->size(), HttpClient::maxBodyBytes);
-    EXPECT_TRUE(*result.body == body);
+    ASSERT_EQ(body.size(), HttpClient::maxBodyBytes);
+    expectWholeBody(result, body);
 }
 
 TEST(CurlHttpClient, OneByteOverTheLimitIsRefused) {
     LoopbackServer server(
         LoopbackServer::always({200, {}, std::string(HttpClient::maxBodyBytes + 1, 'x')}));
     CurlHttpClient client;
-    HttpResult result = sendAndWait(client, get(server.baseURL() + "/over"));
-    EXPECT_TRUE(result.bodyTooLarge);
-    EXPECT_FALSE(result.body);
-    EXPECT_FALSE(result.transportError);
+    expectRefusedAsTooLarge(sendAndWait(client, get(server.baseURL() + "/over")));
 }
 
 TEST(CurlHttpClient, CompressedBodyIsCountedAsItDecodes) {
@@ -165,11 +174,8 @@ TEST(CurlHttpClient, CompressedBodyIsCountedAsItDecodes) {
     ASSERT_LT(atLimit.size(), 16u * 1024);
     LoopbackServer server(LoopbackServer::always({200, {{"Content-Encoding", "gzip"}}, atLimit}));
     CurlHttpClient client;
-    HttpResult result = sendAndWait(client, get(server.baseURL() + "/packed"));
-    EXPECT_FALSE(result.transportError);
-    EXPECT_FALSE(result.bodyTooLarge);
-    ASSERT_TRUE(result.body);
-    EXPECT_TRUE(*result.body == std::string(HttpClient::maxBodyBytes, 'q'));
+    expectWholeBody(sendAndWait(client, get(server.baseURL() + "/packed")),
+                    std::string(HttpClient::maxBodyBytes, 'q'));
 }
 
 TEST(CurlHttpClient, GzipBombStopsAtTheLimit) {
@@ -178,10 +184,7 @@ TEST(CurlHttpClient, GzipBombStopsAtTheLimit) {
     ASSERT_LT(bomb.size(), HttpClient::maxBodyBytes / 8);
     LoopbackServer server(LoopbackServer::always({200, {{"Content-Encoding", "gzip"}}, bomb}));
     CurlHttpClient client;
-    HttpResult result = sendAndWait(client, get(server.baseURL() + "/bomb"));
-    EXPECT_TRUE(result.bodyTooLarge);
-    EXPECT_FALSE(result.body);
-    EXPECT_FALSE(result.transportError);
+    expectRefusedAsTooLarge(sendAndWait(client, get(server.baseURL() + "/bomb")));
 }
 
 TEST(CurlHttpClient, ReplyTricklingInFasterThanTheTimeOutIsReadToItsEnd) {
