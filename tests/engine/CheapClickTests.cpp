@@ -62,7 +62,8 @@ class CheapClickTest : public EngineTest {
 
 TEST_F(CheapClickTest, TheCountIsLive) {
     countingHere = true;
-    auto* p = new int(3);
+    // Kept in a volatile, so that an optimised build cannot elide the new/delete pair.
+    int* volatile p = new int(3);
     countingHere = false;
     delete p;
     EXPECT_EQ(allocationsHere, 1);
