@@ -9,6 +9,7 @@ import plistlib
 import xml.parsers.expat
 import re
 import subprocess
+import tempfile
 from pathlib import Path
 
 MINIMUM_MACOS = "13.0"
@@ -31,10 +32,10 @@ def architectures(lipo, binary):
     return run([lipo, "-archs", str(binary)]).split()
 
 
-def load_commands(otool, binary, arch):
-    """The slice's load commands as a list of {field: value} dictionaries."""
+def load_commands(otool, binary):
+    """A thin binary's load commands as a list of {field: value} dictionaries."""
     commands, current = [], None
-    for line in run([otool, "-arch", arch, "-l", str(binary)]).splitlines():
+    for line in run([otool, "-l", str(binary)]).splitlines():
         words = line.split(None, 1)
         if not words:
             continue
@@ -55,8 +56,8 @@ def minimum_macos(commands):
     return None
 
 
-def linked_libraries(otool, binary, arch):
-    lines = run([otool, "-arch", arch, "-L", str(binary)]).splitlines()[1:]
+def linked_libraries(otool, binary):
+    lines = run([otool, "-L", str(binary)]).splitlines()[1:]
     return [line.strip().split(" (compatibility")[0] for line in lines if line.strip()]
 
 
@@ -77,7 +78,7 @@ def check_slice(lipo_arch, commands, libraries):
 
 def check_symbols(nm, binary, arch):
     """Undefined symbols that no library provides (looked up only at run time)."""
-    output = run([nm, "-arch", arch, "-m", "-u", str(binary)])
+    output = run([nm, "-m", "-u", str(binary)])
     lost = [line.split("external", 1)[-1].strip() for line in output.splitlines()
             if "dynamically looked up" in line or re.search(r"\(undefined\)(?!.*\(from )", line)]
     return [f"the {arch} slice leaves {name} undefined" for name in lost]
@@ -89,10 +90,16 @@ def check_binary(tools, binary, expected_archs):
     if sorted(archs) != sorted(expected_archs):
         problems.append(f"{binary.name} holds {' '.join(archs) or 'nothing'}, "
                         f"not {' '.join(expected_archs)}")
-    for arch in archs:
-        problems += check_slice(arch, load_commands(tools["otool"], binary, arch),
-                                linked_libraries(tools["otool"], binary, arch))
-        problems += check_symbols(tools["nm"], binary, arch)
+    # Each slice on its own: LLVM's otool reads only the first slice of a universal binary.
+    with tempfile.TemporaryDirectory() as scratch:
+        for arch in archs:
+            thin = binary
+            if len(archs) > 1:
+                thin = Path(scratch) / arch
+                run([tools["lipo"], "-thin", arch, str(binary), "-output", str(thin)])
+            problems += check_slice(arch, load_commands(tools["otool"], thin),
+                                    linked_libraries(tools["otool"], thin))
+            problems += check_symbols(tools["nm"], thin, arch)
     return problems
 
 
