@@ -1,11 +1,13 @@
-# The macOS side of the build: the real platform (platform/macos) and Quelto.app, the AppKit
-# shells (app/*.mm, ui/*.mm) over the portable core, with its Info.plist, icons and an ad-hoc
-# signature.
+# The macOS side of the build: the real platform (platform/macos), the AppKit shells
+# (app/*.mm, ui/*.mm) over the portable core, and Quelto.app with its Info.plist, icons and
+# signature. The same file builds the app on a Mac and in scripts/check-macos on Linux.
 enable_language(OBJCXX)
 
 set(QUELTO_OBJCXX_OPTIONS $<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-arc>)
 set(QUELTO_COPYRIGHT "Copyright © 2026 Quelto. All rights reserved." CACHE STRING
     "The bundle's human-readable copyright line")
+set(QUELTO_SIGN_IDENTITY "Quelto Local Signing" CACHE STRING
+    "The code-signing identity for local builds; ad hoc when the keychain does not have it")
 
 # ---- The real platform behind the seam ----
 file(GLOB QUELTO_MACOS_SOURCES CONFIGURE_DEPENDS
@@ -16,9 +18,17 @@ target_link_libraries(quelto_macos PUBLIC quelto_core
     "-framework ServiceManagement")
 target_compile_options(quelto_macos PRIVATE ${QUELTO_WARNINGS} ${QUELTO_OBJCXX_OPTIONS})
 
-# ---- Quelto.app ----
-file(GLOB QUELTO_APP_SOURCES CONFIGURE_DEPENDS
+# ---- The AppKit shells (everything of the app but its entry point; the macOS tests use them)
+file(GLOB QUELTO_SHELL_SOURCES CONFIGURE_DEPENDS
     ${CMAKE_SOURCE_DIR}/app/*.mm ${CMAKE_SOURCE_DIR}/ui/*.mm)
+list(FILTER QUELTO_SHELL_SOURCES EXCLUDE REGEX "/app/main\\.mm$")
+if(QUELTO_SHELL_SOURCES)
+    add_library(quelto_shell STATIC ${QUELTO_SHELL_SOURCES})
+    target_link_libraries(quelto_shell PUBLIC quelto_macos "-framework UniformTypeIdentifiers")
+    target_compile_options(quelto_shell PRIVATE ${QUELTO_WARNINGS} ${QUELTO_OBJCXX_OPTIONS})
+endif()
+
+# ---- Quelto.app ----
 if(EXISTS ${CMAKE_SOURCE_DIR}/app/main.mm)
     set(QUELTO_APP_RESOURCES
         ${CMAKE_SOURCE_DIR}/resources/AppIcon.icns
@@ -29,8 +39,8 @@ if(EXISTS ${CMAKE_SOURCE_DIR}/app/main.mm)
     set_source_files_properties(${QUELTO_APP_RESOURCES} PROPERTIES
         MACOSX_PACKAGE_LOCATION Resources)
 
-    add_executable(Quelto MACOSX_BUNDLE ${QUELTO_APP_SOURCES} ${QUELTO_APP_RESOURCES})
-    target_link_libraries(Quelto PRIVATE quelto_macos "-framework UniformTypeIdentifiers")
+    add_executable(Quelto MACOSX_BUNDLE ${CMAKE_SOURCE_DIR}/app/main.mm ${QUELTO_APP_RESOURCES})
+    target_link_libraries(Quelto PRIVATE quelto_shell)
     target_compile_options(Quelto PRIVATE ${QUELTO_WARNINGS} ${QUELTO_OBJCXX_OPTIONS})
 
     set(QUELTO_APP_EXECUTABLE Quelto)
@@ -40,9 +50,18 @@ if(EXISTS ${CMAKE_SOURCE_DIR}/app/main.mm)
         OUTPUT_NAME Quelto
         MACOSX_BUNDLE_INFO_PLIST ${CMAKE_BINARY_DIR}/generated/Info.plist)
 
-    # An ad-hoc signature: the Accessibility permission is granted to a signed identity.
-    add_custom_command(TARGET Quelto POST_BUILD
-        COMMAND codesign --force --sign - --timestamp=none $<TARGET_BUNDLE_DIR:Quelto>
-        COMMENT "Signing Quelto.app (ad hoc)"
-        VERBATIM)
+    # The signature covers the executable, Info.plist and the resources, so it is made again
+    # on every build of the bundle (a target with no output is never up to date), not only
+    # when the executable relinks: a changed icon must not leave a broken signature behind.
+    # Where there is no codesign (the Linux check), the linker's own ad-hoc signature of the
+    # arm64 executable is all there is.
+    find_program(QUELTO_CODESIGN codesign)
+    if(QUELTO_CODESIGN)
+        add_custom_target(QueltoSigned ALL
+            COMMAND ${CMAKE_SOURCE_DIR}/macos/sign-app $<TARGET_BUNDLE_DIR:Quelto>
+                    "${QUELTO_SIGN_IDENTITY}"
+            DEPENDS Quelto
+            COMMENT "Signing Quelto.app"
+            VERBATIM)
+    endif()
 endif()
