@@ -64,6 +64,7 @@ void installPlatform(const Platform& p, bool replaceAll) {
     take(cur.http, p.http);
     take(cur.alerts, p.alerts);
     take(cur.pasteboard, p.pasteboard);
+    take(cur.windowServer, p.windowServer);
     if (!cur.clock) cur.clock = &systemClock();
 }
 

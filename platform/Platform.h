@@ -7,6 +7,7 @@
 #include "platform/MainQueue.h"
 #include "platform/MouseMonitor.h"
 #include "platform/Services.h"
+#include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 
 namespace quelto {
@@ -22,6 +23,7 @@ struct Platform {
     HttpClient* http = nullptr;
     Alerts* alerts = nullptr;
     Pasteboard* pasteboard = nullptr;
+    WindowServer* windowServer = nullptr;
 };
 
 // The installed platform. Before anything is installed, every member is null but `clock`,

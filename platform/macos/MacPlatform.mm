@@ -10,6 +10,7 @@
 #include "platform/macos/MacNotificationBridge.h"
 #include "platform/macos/MacPasteboard.h"
 #include "platform/macos/MacSystemInfo.h"
+#include "platform/macos/MacWindowServer.h"
 #include "platform/macos/MacWorkspace.h"
 
 namespace quelto::mac {
@@ -26,6 +27,7 @@ void installMacPlatform() {
     static MacHttpClient http;
     static MacAlerts alerts;
     static MacPasteboard pasteboard;
+    static MacWindowServer windowServer;
 
     Platform p;
     p.accessibility = &accessibility;
@@ -38,6 +40,7 @@ void installMacPlatform() {
     p.http = &http;
     p.alerts = &alerts;
     p.pasteboard = &pasteboard;
+    p.windowServer = &windowServer;
     installPlatform(p);
     installNotificationBridge();
 }
