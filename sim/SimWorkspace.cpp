@@ -95,7 +95,8 @@ void SimDesktop::State::terminate(Pid pid) {
     if (Element* e = find(app->appElement)) e->alive = false;
     app->running = false;
     runningByPid.erase(pid);
-    if (frontmost == pid) frontmost.reset();
+    // The application of the next window in the stack becomes frontmost.
+    if (frontmost == pid) frontmost = nextFrontmost(pid);
     deliverWorkspace(terminationHandlers, app);
 }
 
@@ -118,16 +119,12 @@ void SimDesktop::terminateApp(Pid pid) {
 void SimDesktop::setFrontmost(std::optional<Pid> pid) {
     State& s = *state_;
     if (pid && !s.runningApp(*pid)) return;
-    s.frontmost = pid;
-    if (!pid) return;
-    // Activating an application brings its windows forward, in their own order.
-    std::vector<ElementId> mine, others;
-    for (ElementId id : s.zOrder) {
-        const Element* e = s.find(id);
-        (e && e->pid == *pid ? mine : others).push_back(id);
+    if (!pid) {
+        s.frontmost.reset();
+        return;
     }
-    mine.insert(mine.end(), others.begin(), others.end());
-    s.zOrder = std::move(mine);
+    // Activating an application unhides it and brings its windows forward, in their order.
+    s.activate(*pid, true);
 }
 
 void SimDesktop::setOwnPid(Pid pid) {

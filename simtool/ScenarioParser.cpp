@@ -8,11 +8,12 @@
 //   ScenarioApps.cpp          app, launch, terminate, front, quit-response
 //   ScenarioWindows.cpp       window, dialog, sheet, answer, close, move, resize, focus,
 //                             retitle, close-button, subrole
-//   ScenarioInput.cpp         click, right-click, key
+//   ScenarioSpaces.cpp        hide, unhide, minimize, restore, space, full-screen
+//   ScenarioInput.cpp         click, press, release, right-click, key
 //   ScenarioInjection.cpp     inject, clear-errors
 //   ScenarioInterface.cpp     menu, settings, show, install, login-item, update-reply,
 //                             alert-answer
-//   ScenarioExpectations.cpp  expect
+//   ScenarioExpectations.cpp  expect (ScenarioInterfaceExpectations.cpp: the interface's)
 
 #include <algorithm>
 
@@ -131,10 +132,11 @@ const std::vector<Parser::Command>& Parser::commands() {
         {{"window", "window APP \"TITLE\" [OPTIONS]",
           "A window opens. Options: at X,Y, size WxH, role ROLE, subrole SUBROLE|none, "
           "close-button enabled|disabled|unreadable|missing [ERROR]|frame X,Y WxH, "
-          "asks-to-save, close-delay DURATION, unannounced."},
+          "asks-to-save, close-delay DURATION, space N, unannounced."},
          &Parser::windowCommand},
-        {{"dialog", "dialog APP \"TITLE\" [SUBROLE]",
-          "A dialog window opens (subrole AXDialog unless given)."},
+        {{"dialog", "dialog APP \"TITLE\" [SUBROLE] [app-modal]",
+          "A dialog window opens (subrole AXDialog unless given); app-modal: an alert that "
+          "holds every other window of the app."},
          &Parser::dialogCommand},
         {{"sheet", "sheet APP \"TITLE\"", "A sheet slides down on the window."},
          &Parser::sheetCommand},
@@ -157,13 +159,42 @@ const std::vector<Parser::Command>& Parser::commands() {
          &Parser::closeButtonCommand},
         {{"subrole", "subrole APP \"TITLE\" SUBROLE|none", "The window's subrole changes."},
          &Parser::subroleCommand},
+        {{"hide", "hide APP", "The app is hidden (⌘H): its windows go off screen."},
+         &Parser::hideCommand},
+        {{"unhide", "unhide APP", "The hidden app's windows come back on screen."},
+         &Parser::hideCommand},
+        {{"minimize", "minimize APP \"TITLE\"",
+          "The window goes to the Dock (still in the app's AXWindows, AXMinimized true)."},
+         &Parser::minimizeCommand},
+        {{"restore", "restore APP \"TITLE\"",
+          "The minimised window comes back from the Dock, in front, its app active."},
+         &Parser::minimizeCommand},
+        {{"space", "space N",
+          "The user switches to desktop Space N (1 to 16); the app of its frontmost window "
+          "becomes active."},
+         &Parser::spaceCommand},
+        {{"full-screen", "full-screen APP \"TITLE\" [off]",
+          "The window goes full screen on a Space of its own, which becomes current; off: it "
+          "comes back to its Space and frame."},
+         &Parser::fullScreenCommand},
         {{"click",
           "click X,Y [MODIFIERS] | click close APP \"TITLE\" [MODIFIERS] | click APP \"TITLE\" "
           "[MODIFIERS]",
-          "A left mouse-down: at a point, on a window's close button (its red dot), or in the "
-          "middle of a window. Modifiers: shift, option, command, control (joined by +), or "
-          "a raw flag word such as 0x20000."},
+          "A quick left click (press and release): at a point, on a window's close button (its "
+          "red dot), or on a visible point of a window, which it raises and activates. "
+          "Modifiers: shift, option, command, control (joined by +), or a raw flag word such "
+          "as 0x20000."},
          &Parser::clickCommand},
+        {{"press",
+          "press X,Y [MODIFIERS] | press close APP \"TITLE\" [MODIFIERS] | press APP "
+          "\"TITLE\" [MODIFIERS]",
+          "The left button goes down and stays down (Quelto sees this mouse-down); release "
+          "lets it go."},
+         &Parser::pressCommand},
+        {{"release", "release [at X,Y]",
+          "The held button goes up, where it went down or at X,Y (a red dot acts only when the "
+          "button goes up on it)."},
+         &Parser::releaseCommand},
         {{"right-click", "right-click X,Y", "A right click (Quelto never sees it)."},
          &Parser::rightClickCommand},
         {{"key", "key KEY [MODIFIERS]", "A key press (Quelto never sees it)."},

@@ -85,6 +85,14 @@ class Args {
     bool failed_ = false;
 };
 
+// Where a click or press aims: a point, a window's close button, or a visible point of a
+// window.
+struct MouseTarget {
+    std::optional<Point> point;
+    std::optional<std::pair<std::string, std::string>> window;  // app handle, title
+    bool onClose = false;
+};
+
 class Parser {
   public:
     explicit Parser(std::string file);
@@ -164,8 +172,20 @@ class Parser {
     void retitleCommand(Args& args);
     void closeButtonCommand(Args& args);
     void subroleCommand(Args& args);
+    // ScenarioSpaces.cpp
+    void hideCommand(Args& args);
+    void minimizeCommand(Args& args);
+    void spaceCommand(Args& args);
+    void fullScreenCommand(Args& args);
+    std::optional<int> spaceNumber(Args& args);
     // ScenarioInput.cpp
     void clickCommand(Args& args);
+    void pressCommand(Args& args);
+    void releaseCommand(Args& args);
+    // A click (`held` false: press and release at once) or a press that stays down.
+    void mouseDownCommand(Args& args, bool held);
+    // Where a click or press goes: a point, a close button or a window.
+    std::optional<MouseTarget> mouseTarget(Args& args);
     void rightClickCommand(Args& args);
     void keyCommand(Args& args);
     // ScenarioInjection.cpp
@@ -178,10 +198,12 @@ class Parser {
     void expectApp(Args& args, bool negated, const std::string& subject);
     void expectWindow(Args& args);
     void expectConfig(Args& args, bool negated);
-    // ScenarioInterface.cpp
+    void expectFrontmost(Args& args);
+    // ScenarioInterfaceExpectations.cpp
     // The interface's expectations (menu, icon, settings, pasteboard, alerts): false when
     // `subject` is none of them.
     bool expectInterface(Args& args, bool negated, const std::string& subject);
+    // ScenarioInterface.cpp
     void menuCommand(Args& args);
     void settingsCommand(Args& args);
     void showCommand(Args& args);

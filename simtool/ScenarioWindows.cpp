@@ -85,12 +85,16 @@ void Parser::windowCommand(Args& args) {
             auto d = args.duration("a duration");
             if (!d) return;
             desc.closeDelay = *d;
+        } else if (*w == "space") {
+            auto n = spaceNumber(args);
+            if (!n) return;
+            desc.space = *n;
         } else if (*w == "unannounced") {
             notify = false;
         } else {
             std::vector<std::string> options = {"at",          "size",         "role",
                                                 "subrole",     "close-button", "asks-to-save",
-                                                "close-delay", "unannounced"};
+                                                "close-delay", "space",        "unannounced"};
             std::string message = "unknown window option " + inQuotes(*w);
             if (auto near = closestWord(*w, options))
                 message += " (did you mean \"" + *near + "\"?)";
@@ -115,19 +119,21 @@ void Parser::dialogCommand(Args& args) {
     auto title = args.text("a dialog title");
     if (!title) return;
     std::string subrole = "AXDialog";
-    if (args.accept("subrole") || !args.done()) {
+    bool appModal = false;
+    if (args.accept("subrole") || (!args.done() && !args.peekIs("app-modal"))) {
         auto s = args.bare("a subrole, as in AXSystemDialog");
         if (!s) return;
         subrole = *s;
     }
+    if (args.accept("app-modal")) appModal = true;
     if (!args.end()) return;
     titles[*handle].insert(*title);
     std::string h = *handle, t = *title;
     int line = args.line();
-    addStep(line, "dialog", [h, t, subrole, line](ScenarioRunner& r) {
+    addStep(line, "dialog", [h, t, subrole, appModal, line](ScenarioRunner& r) {
         auto pid = runningPid(r, line, h);
         if (!pid) return;
-        sim::ElementId id = r.desktop().showDialog(*pid, subrole, t);
+        sim::ElementId id = r.desktop().showDialog(*pid, subrole, t, appModal);
         // The desktop places its dialogs itself; their frame is read once, as they open,
         // before any error the scenario injects later could be used up by the read.
         Rect frame{{400, 300}, {420, 180}};
