@@ -339,7 +339,11 @@ void Parser::expectWindow(Args& args) {
             }
         // What the window is, in the words of the expectation.
         std::vector<std::string> is;
-        is.push_back(d.isOnScreen(id) ? "on-screen" : "off-screen");
+        // On screen or not as the window server lists it, every Space included.
+        bool onScreen = false;
+        for (const WindowServerWindow& w : d.windowList(WindowListScope::allSpaces))
+            if (w.number == d.windowNumber(id)) onScreen = w.onScreen;
+        is.push_back(onScreen ? "on-screen" : "off-screen");
         if (d.isMinimized(id)) is.push_back("minimized");
         is.push_back(d.isListedInAXWindows(id) ? "listed" : "unlisted");
         if (d.focusedWindow(owner) == id) is.push_back("focused");
