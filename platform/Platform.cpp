@@ -65,6 +65,7 @@ void installPlatform(const Platform& p, bool replaceAll) {
     take(cur.alerts, p.alerts);
     take(cur.pasteboard, p.pasteboard);
     take(cur.collation, p.collation);
+    take(cur.windowServer, p.windowServer);
     if (!cur.clock) cur.clock = &systemClock();
 }
 

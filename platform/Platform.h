@@ -8,6 +8,7 @@
 #include "platform/MainQueue.h"
 #include "platform/MouseMonitor.h"
 #include "platform/Services.h"
+#include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 
 namespace quelto {
@@ -24,6 +25,7 @@ struct Platform {
     Alerts* alerts = nullptr;
     Pasteboard* pasteboard = nullptr;
     Collation* collation = nullptr;  // none: the portable order
+    WindowServer* windowServer = nullptr;
 };
 
 // The installed platform. Before anything is installed, every member is null but `clock`,

@@ -25,7 +25,7 @@ SimDesktop::~SimDesktop() {
     Platform& p = platform();
     if (p.accessibility == this || p.workspace == this || p.mainQueue == this || p.clock == this ||
         p.mouse == this || p.system == this || p.loginItem == this || p.http == this ||
-        p.alerts == this || p.pasteboard == this) {
+        p.alerts == this || p.pasteboard == this || p.windowServer == this) {
         installPlatform(Platform{}, true);
     }
     // Work still queued may hold objects whose destructors reach back into the desktop
@@ -46,6 +46,7 @@ void SimDesktop::install() {
     p.http = this;
     p.alerts = this;
     p.pasteboard = this;
+    p.windowServer = this;
     installPlatform(p, true);
 }
 

@@ -37,6 +37,8 @@ struct WindowSpec {
     // or show a save sheet that holds the close until it is answered.
     bool asksToSave = false;
     double closeDelay = 0.05;
+    // The desktop Space it opens on (0: the current one).
+    int space = 0;
 };
 
 struct AppSpec {
@@ -80,7 +82,8 @@ class SimDesktop final : public Accessibility,
                          public LoginItem,
                          public Alerts,
                          public Pasteboard,
-                         public HttpClient {
+                         public HttpClient,
+                         public WindowServer {
   public:
     // `start` is the virtual wall-clock time; `utcOffsetSeconds` the local time zone offset.
     explicit SimDesktop(Date start = Date{1767225600.0}, int utcOffsetSeconds = 0);
@@ -102,7 +105,8 @@ class SimDesktop final : public Accessibility,
     // ---- Applications ----
     // An application already running (no launch notification). A process id that already
     // runs is left as it is. Launching a regular application makes it frontmost; adding one
-    // does not. The frontmost application is none once it terminates.
+    // does not. When the frontmost application terminates, the application of the next window
+    // in the stacking order becomes frontmost (none when no window is on screen).
     void addApp(const AppSpec& desc);
     // Launches an application: it starts running and the launch notification is delivered.
     void launchApp(const AppSpec& desc);
@@ -129,8 +133,11 @@ class SimDesktop final : public Accessibility,
     // window's close button does nothing.
     ElementId showSheet(ElementId window);
     void answerSheet(ElementId window, bool closesWindow);
-    // A dialog window of the application (role "AXWindow", subrole e.g. "AXDialog").
-    ElementId showDialog(Pid pid, const std::string& subrole, const std::string& title);
+    // A dialog window of the application (role "AXWindow", subrole e.g. "AXDialog");
+    // `appModal`: an alert run modally, which leaves the application's other windows' close
+    // buttons without effect while it is up.
+    ElementId showDialog(Pid pid, const std::string& subrole, const std::string& title,
+                         bool appModal = false);
     void setCloseButton(ElementId window, const CloseButtonSpec& desc);
     void setTitle(ElementId window, const std::string& title);
     void setSubrole(ElementId window, std::optional<std::string> subrole);
@@ -166,14 +173,61 @@ class SimDesktop final : public Accessibility,
     void injectError(ElementId id, const std::string& attribute, AXError error, int times = 1);
     void clearInjectedErrors();
 
+    // ---- Stacking order, hidden apps, minimised windows, Spaces, full screen ----
+    // (SimStacking.cpp.) Windows have one front-to-back order across every application. An
+    // application's "AXWindows" lists its windows on the current Space only, minimised ones
+    // included; a hidden application's windows stay listed but go off screen.
+    void hideApp(Pid pid);    // ⌘H; the next application in the stack becomes frontmost
+    void unhideApp(Pid pid);  // back on screen, not activated
+    bool isHidden(Pid pid) const;
+    // To the Dock and back ("AXWindowMiniaturized", "AXWindowDeminiaturized"); restoring
+    // activates the application and puts the window in front.
+    void minimizeWindow(ElementId window);
+    void restoreWindow(ElementId window);
+    bool isMinimized(ElementId window) const;
+    // Desktop Spaces are numbered from 1; switching makes the application of the frontmost
+    // window there active.
+    void switchToSpace(int space);
+    int currentSpace() const;
+    void moveWindowToSpace(ElementId window, int space);
+    std::optional<int> spaceOf(ElementId window) const;
+    // Full screen: the window fills the screen on a Space of its own, which becomes current;
+    // leaving it takes the window back to its Space and frame.
+    void enterFullScreen(ElementId window);
+    void exitFullScreen(ElementId window);
+    bool isFullScreen(ElementId window) const;
+    // What is where, read from the model (no Accessibility read is counted).
+    bool isOnScreen(ElementId window) const;
+    bool isListedInAXWindows(ElementId window) const;
+    std::optional<ElementId> focusedWindow(Pid pid) const;
+    std::vector<ElementId> stackingOrder() const;  // every live window, front to back
+    std::optional<Rect> windowFrame(ElementId window) const;
+    Pid ownerOf(ElementId element) const;
+    std::optional<ElementId> windowAt(Point point) const;  // on screen, under the point
+    // A point of the window that is on top there and on no close button; none when the
+    // window is off screen or covered everywhere.
+    std::optional<Point> visiblePoint(ElementId window) const;
+    // The window server's number of a window or sheet.
+    std::optional<std::uint32_t> windowNumber(ElementId window) const;
+    std::uint64_t windowListReadCount() const;  // window server reads (windowList calls)
+
     // ---- The user's mouse ----
-    // A left mouse-down at `point` with `modifiers`: delivered to the global monitors
-    // (unless it lands in this program's own window), then acted on by the desktop: a click
-    // on an enabled close button closes the window (or shows its save sheet); option-click
-    // closes every window of the application.
+    // A quick left click at `point` with `modifiers`: `press` and then `release` there.
     void click(Point point, ModifierFlags modifiers = 0);
+    // The left button goes down: the global monitors see it (unless it lands in this
+    // program's own window). A press in a window raises it and activates its application;
+    // a press on a close button does neither, and highlights the button.
+    void press(Point point, ModifierFlags modifiers = 0);
+    // The left button goes up (monitors never see it). A close button acts only when the
+    // button goes up on the same close button it went down on: it closes its window (or
+    // shows its save sheet); option-click closes every window of the application that can
+    // close (enabled close button, no sheet), and nothing while an app-modal dialog is up.
+    void release(Point point);
+    // Whether the left button is held down now.
+    bool isPressed() const;
     // Other mouse and key events: never reach a left-mouse-down monitor.
     void rightClick(Point point);
+    // A button-up with no press before it: like `release`.
     void mouseUp(Point point);
     void keyDown(const std::string& key, ModifierFlags modifiers = 0);
     // A close by keyboard shortcut, menu or program: the window goes without a click.
@@ -277,6 +331,8 @@ class SimDesktop final : public Accessibility,
     void setString(const std::string& text) override;
 
     void send(const HttpRequest& request, std::function<void(HttpResult)> completion) override;
+
+    std::vector<WindowServerWindow> windowList(WindowListScope scope) override;
 
     struct State;  // the implementation's model
 

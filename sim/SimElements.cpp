@@ -79,6 +79,11 @@ Rect SimDesktop::State::buttonFrame(const Element& window) const {
                 window.buttonSize};
 }
 
+Rect SimDesktop::State::sheetFrame(const Element& window) const {
+    Rect f = window.desc.frame;
+    return Rect{{f.origin.x + (f.size.width - 420) / 2, f.origin.y + 28}, {420, 160}};
+}
+
 AXError SimDesktop::State::read(ElementId id, const std::string& attribute,
                                 std::optional<AXValue>& value) {
     ++totalReads;
@@ -126,15 +131,24 @@ AXError SimDesktop::State::computedValue(const Element& e, ElementId id,
                 return axerror::success;
             }
             if (attribute == "AXWindows" || attribute == "AXChildren") {
+                // As on a Mac: only the windows of the current Space, minimised ones included.
                 AXArray list;
-                for (ElementId w : windowsOf(e.pid)) list.emplace_back(handle(w));
+                for (ElementId w : accessibleWindowsOf(e.pid)) list.emplace_back(handle(w));
                 value = AXValue(std::move(list));
                 return axerror::success;
             }
             if (attribute == "AXFocusedWindow" || attribute == "AXMainWindow") {
-                auto ws = windowsOf(e.pid);
-                if (ws.empty()) return axerror::noValue;
-                value = AXValue(handle(ws.front()));
+                auto focused = focusedWindowOf(e.pid);
+                if (!focused) return axerror::noValue;
+                value = AXValue(handle(*focused));
+                return axerror::success;
+            }
+            if (attribute == "AXHidden") {
+                value = AXValue(app && app->hidden);
+                return axerror::success;
+            }
+            if (attribute == "AXFrontmost") {
+                value = AXValue(frontmost == e.pid);
                 return axerror::success;
             }
             return axerror::attributeUnsupported;
@@ -160,6 +174,14 @@ AXError SimDesktop::State::computedValue(const Element& e, ElementId id,
             }
             if (attribute == "AXSize") {
                 value = AXValue(s.frame.size);
+                return axerror::success;
+            }
+            if (attribute == "AXMinimized") {
+                value = AXValue(e.minimized);
+                return axerror::success;
+            }
+            if (attribute == "AXFullScreen") {
+                value = AXValue(e.fullScreenFrom.has_value());
                 return axerror::success;
             }
             if (attribute == "AXCloseButton") {
@@ -225,8 +247,7 @@ AXError SimDesktop::State::computedValue(const Element& e, ElementId id,
                 return axerror::success;
             }
             if (window && attribute == "AXPosition") {
-                Rect f = window->desc.frame;
-                value = AXValue(Point{f.origin.x + (f.size.width - 420) / 2, f.origin.y + 28});
+                value = AXValue(sheetFrame(*window).origin);
                 return axerror::success;
             }
             if (attribute == "AXSize") {
@@ -246,6 +267,8 @@ AXError SimDesktop::State::computedValue(const Element& e, ElementId id,
 void SimDesktop::State::destroyWindow(ElementId id, bool notify) {
     Element* w = find(id);
     if (!w || !w->alive) return;
+    Pid pid = w->pid;
+    bool wasFocused = focusedWindowOf(pid) == id;
     w->alive = false;
     zOrder.erase(std::remove(zOrder.begin(), zOrder.end(), id), zOrder.end());
     std::vector<ElementId> sheets = w->sheets;
@@ -257,7 +280,14 @@ void SimDesktop::State::destroyWindow(ElementId id, bool notify) {
             if (notify) post(s, "AXUIElementDestroyed", s);
         }
     }
-    if (notify) post(id, "AXUIElementDestroyed", id);
+    if (!notify) return;
+    post(id, "AXUIElementDestroyed", id);
+    // The application's next window takes the focus, and says so.
+    if (wasFocused) {
+        auto next = focusedWindowOf(pid);
+        const AppRecord* app = runningApp(pid);
+        if (next && app) post(app->appElement, "AXFocusedWindowChanged", *next);
+    }
 }
 
 void SimDesktop::State::scheduleClose(ElementId id) {
@@ -304,6 +334,9 @@ ElementId SimDesktop::addWindow(Pid pid, const WindowSpec& desc, bool notify) {
     w.kind = ElementKind::window;
     w.pid = pid;
     w.desc = desc;
+    w.number = s.nextWindowNumber++;
+    w.space = desc.space > 0 ? desc.space : s.currentSpace;
+    s.desktopSpaces = std::max(s.desktopSpaces, desc.space);
     if (desc.closeButton.frame) {
         w.buttonOffset = Point{desc.closeButton.frame->origin.x - desc.frame.origin.x,
                                desc.closeButton.frame->origin.y - desc.frame.origin.y};
@@ -378,6 +411,7 @@ ElementId SimDesktop::showSheet(ElementId window) {
     sheet.kind = ElementKind::sheet;
     sheet.pid = w->pid;
     sheet.parent = window;
+    sheet.number = s.nextWindowNumber++;
     ElementId id = s.newElement(std::move(sheet));
     s.find(window)->sheets.push_back(id);
     return id;
@@ -394,13 +428,16 @@ void SimDesktop::answerSheet(ElementId window, bool closesWindow) {
     if (closesWindow) s.scheduleClose(window);
 }
 
-ElementId SimDesktop::showDialog(Pid pid, const std::string& subrole, const std::string& title) {
+ElementId SimDesktop::showDialog(Pid pid, const std::string& subrole, const std::string& title,
+                                 bool appModal) {
     WindowSpec desc;
     desc.title = title;
     desc.subrole = subrole;
     desc.frame = Rect{{400, 300}, {420, 180}};
     desc.closeButton.present = false;
-    return addWindow(pid, desc, true);
+    ElementId id = addWindow(pid, desc, true);
+    if (Element* w = state_->find(id)) w->appModal = appModal;
+    return id;
 }
 
 void SimDesktop::setCloseButton(ElementId window, const CloseButtonSpec& desc) {

@@ -54,6 +54,16 @@ struct Element {
     Point buttonOffset{8, 6};       // the close button's origin relative to the window
     Size buttonSize{14, 16};
     bool closeScheduled = false;
+    // Where the window is: its number in the window server, its Space, whether it is
+    // minimised to the Dock, and, in full screen, the Space and frame it came from.
+    std::uint32_t number = 0;
+    int space = 1;
+    bool minimized = false;
+    std::optional<int> fullScreenFrom;
+    Rect frameBeforeFullScreen;
+    // A dialog that is app-modal (an alert run modally): while it is up, the application's
+    // other windows ignore their close buttons.
+    bool appModal = false;
 
     std::map<std::string, AttributeOverride> overrides;
     std::optional<float> messagingTimeout;
@@ -65,6 +75,7 @@ struct AppRecord {
     AppSpec desc;
     ElementId appElement = 0;
     bool running = true;
+    bool hidden = false;  // ⌘H: its windows are off screen, still in its AXWindows
     std::shared_ptr<SimRunningApplication> handle;
 };
 
@@ -130,7 +141,7 @@ struct SimDesktop::State {
     // ---- Elements ----
     ElementId nextElement = 1;
     std::map<ElementId, Element> elements;
-    std::vector<ElementId> zOrder;  // every live window on screen, front to back
+    std::vector<ElementId> zOrder;  // every live window, on screen or not, front to back
     std::map<std::pair<ElementId, std::string>, InjectedError> injected;
     std::uint64_t totalReads = 0;
     std::map<std::string, std::uint64_t> readsByAttribute;
@@ -146,9 +157,12 @@ struct SimDesktop::State {
     AXError read(ElementId id, const std::string& attribute, std::optional<AXValue>& value);
     AXError computedValue(const Element& e, ElementId id, const std::string& attribute,
                           std::optional<AXValue>& value) const;
+    // Every live window of the application, on every Space, front to back.
     std::vector<ElementId> windowsOf(Pid pid) const;
     Rect windowFrame(const Element& window) const { return window.desc.frame; }
     Rect buttonFrame(const Element& window) const;
+    // A sheet's frame: 420 × 160, centred under its window's title bar.
+    Rect sheetFrame(const Element& window) const;
     // Marks a window and its children dead and takes it off screen; `notify` posts
     // "AXUIElementDestroyed" for it (and its sheets).
     void destroyWindow(ElementId window, bool notify);
@@ -157,6 +171,35 @@ struct SimDesktop::State {
     void requestClose(ElementId window);
     void scheduleClose(ElementId window);
     void lastWindowCheck(Pid pid);
+
+    // ---- Stacking order, Spaces and the window server (SimStacking.cpp) ----
+    // The main display; a full-screen window fills it.
+    Rect screen{{0, 0}, {1512, 982}};
+    int currentSpace = 1;
+    int desktopSpaces = 1;  // Spaces 1…N; full-screen Spaces are numbered above
+    int nextFullScreenSpace = 1001;
+    std::uint32_t nextWindowNumber = 1001;
+    std::uint64_t windowListReads = 0;
+
+    // Whether the window (or sheet) is drawn on screen now: alive, on the current Space, not
+    // minimised, its application neither hidden nor gone.
+    bool onScreen(const Element& window) const;
+    // The windows the application's "AXWindows" lists: those on the current Space, front to
+    // back, minimised ones included.
+    std::vector<ElementId> accessibleWindowsOf(Pid pid) const;
+    // The application's focused window: its frontmost listed window that is not minimised.
+    std::optional<ElementId> focusedWindowOf(Pid pid) const;
+    // Moves a window to the front of the stack; when that changes its application's focused
+    // window, "AXFocusedWindowChanged" goes to the application's observers.
+    void raise(ElementId window);
+    // Makes the application frontmost (unhiding it); `allWindows` brings every window of it
+    // forward, in their own order, as the Dock and ⌘-Tab do (a click raises only its window).
+    void activate(Pid pid, bool allWindows);
+    // Who becomes frontmost when `leaving` quits or hides: the owner of the frontmost window
+    // on screen, other than `leaving`; none when there is no such window.
+    std::optional<Pid> nextFrontmost(Pid leaving) const;
+    // Whether the application shows an app-modal dialog.
+    bool showsAppModal(Pid pid) const;
 
     // ---- Applications ----
     std::vector<std::shared_ptr<AppRecord>> apps;  // insertion order, terminated ones included
@@ -188,7 +231,16 @@ struct SimDesktop::State {
     MonitorToken nextMonitor = 1;
     std::map<MonitorToken, std::shared_ptr<MouseMonitor::Handler>> monitors;
     std::uint64_t eventsNotMonitored = 0;
+    // The window on screen under the point (its close button counts as part of it).
     std::optional<ElementId> windowAt(Point point) const;
+    // The mouse button held down: where, on which window, and whether on its close button.
+    struct Press {
+        Point at;
+        ModifierFlags modifiers = 0;
+        std::optional<ElementId> window;
+        bool onCloseButton = false;
+    };
+    std::optional<Press> press;
 
     // ---- Services ----
     bool trusted = true;

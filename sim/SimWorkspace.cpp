@@ -100,7 +100,8 @@ void SimDesktop::State::terminate(Pid pid) {
     if (Element* e = find(app->appElement)) e->alive = false;
     app->running = false;
     runningByPid.erase(pid);
-    if (frontmost == pid) frontmost.reset();
+    // The application of the next window in the stack becomes frontmost.
+    if (frontmost == pid) frontmost = nextFrontmost(pid);
     deliverWorkspace(terminationHandlers, app);
 }
 
@@ -123,21 +124,13 @@ void SimDesktop::terminateApp(Pid pid) {
 void SimDesktop::setFrontmost(std::optional<Pid> pid) {
     State& s = *state_;
     if (pid && !s.runningApp(*pid)) return;
-    if (s.frontmost && s.frontmost != pid) {
-        auto& former = s.formerFrontmost;
-        former.erase(std::remove(former.begin(), former.end(), *s.frontmost), former.end());
-        former.push_back(*s.frontmost);
+    if (!pid) {
+        if (s.frontmost) s.formerFrontmost.push_back(*s.frontmost);
+        s.frontmost.reset();
+        return;
     }
-    s.frontmost = pid;
-    if (!pid) return;
-    // Activating an application brings its windows forward, in their own order.
-    std::vector<ElementId> mine, others;
-    for (ElementId id : s.zOrder) {
-        const Element* e = s.find(id);
-        (e && e->pid == *pid ? mine : others).push_back(id);
-    }
-    mine.insert(mine.end(), others.begin(), others.end());
-    s.zOrder = std::move(mine);
+    // Activating an application unhides it and brings its windows forward, in their order.
+    s.activate(*pid, true);
 }
 
 void SimDesktop::setActivationPolicy(Pid pid, ActivationPolicy policy) {

@@ -37,7 +37,10 @@ void Parser::expectCommand(Args& args) {
         {"running", "expect [not] running APP"},
         {"asked-to-quit", "expect [not] asked-to-quit APP"},
         {"quit-requests", "expect quit-requests APP N"},
-        {"window", "expect window APP \"TITLE\" open|closed"},
+        {"window",
+         "expect window APP \"TITLE\" open|closed|on-screen|off-screen|minimized|listed|"
+         "unlisted|focused|front"},
+        {"frontmost", "expect frontmost APP|none"},
         {"config", "expect [no] config [line \"LINE\"]"},
         {"menu", "expect [no] menu row \"TITLE\" [checked|unchecked|enabled|disabled]"},
         {"icon", "expect icon active|paused"},
@@ -65,12 +68,16 @@ void Parser::expectCommand(Args& args) {
     }
     if (*subject == "config") return expectConfig(args, negated);
     if (*subject == "opened") return expectOpened(args, negated);
+    if (*subject == "frontmost") {
+        if (negated) return args.fail("write expect frontmost APP or expect frontmost none");
+        return expectFrontmost(args);
+    }
     if (expectInterface(args, negated, *subject)) return;
     if (!args.ok()) return;
-    std::vector<std::string> subjects = {"log",           "journal",   "running",  "asked-to-quit",
-                                         "quit-requests", "window",    "config",   "menu",
-                                         "icon",          "tooltip",   "settings", "pasteboard",
-                                         "alert",         "dock-icon", "opened"};
+    std::vector<std::string> subjects = {"log",           "journal", "running",   "asked-to-quit",
+                                         "quit-requests", "window",  "config",    "frontmost",
+                                         "menu",          "icon",    "tooltip",   "settings",
+                                         "pasteboard",    "alert",   "dock-icon", "opened"};
     std::string message = "unknown expectation " + inQuotes(*subject);
     if (auto near = closestWord(*subject, subjects))
         message += " (did you mean \"" + *near + "\"?)";
@@ -293,18 +300,82 @@ void Parser::expectWindow(Args& args) {
     int line = args.line();
     auto ref = windowRef(args);
     if (!ref) return;
-    auto state = args.bare("open or closed");
+    static const std::vector<std::string> states = {"open",       "closed",    "on-screen",
+                                                    "off-screen", "minimized", "listed",
+                                                    "unlisted",   "focused",   "front"};
+    auto state = args.bare(
+        "open, closed, on-screen, off-screen, minimized, listed, unlisted, "
+        "focused or front");
     if (!state) return;
-    if (*state != "open" && *state != "closed")
-        return args.fail("a window is expected open or closed, not " + inQuotes(*state));
+    if (std::find(states.begin(), states.end(), *state) == states.end()) {
+        std::string message =
+            "a window is expected open, closed, on-screen, off-screen, "
+            "minimized, listed, unlisted, focused or front, not " +
+            inQuotes(*state);
+        if (auto near = closestWord(*state, states))
+            message += " (did you mean \"" + *near + "\"?)";
+        return args.fail(message);
+    }
     if (!args.end()) return;
-    bool wantOpen = *state == "open";
-    addExpectation(line, [line, ref, wantOpen](ScenarioRunner& r) {
-        bool open = r.isWindowOpen(ref->first, ref->second);
+    std::string want = *state;
+    addExpectation(line, [line, ref, want](ScenarioRunner& r) {
         std::string name = ref->first + "’s window " + inQuotes(ref->second);
-        r.check(line, open == wantOpen,
-                "expected " + name + " to be " + (wantOpen ? "open" : "closed") + "; it is " +
-                    (open ? "open" : "closed"));
+        bool open = r.isWindowOpen(ref->first, ref->second);
+        if (want == "open" || want == "closed") {
+            bool wantOpen = want == "open";
+            return r.check(line, open == wantOpen,
+                           "expected " + name + " to be " + (wantOpen ? "open" : "closed") +
+                               "; it is " + (open ? "open" : "closed"));
+        }
+        if (!open)
+            return r.check(line, false, "expected " + name + " to be " + want + "; it is closed");
+        sim::SimDesktop& d = r.desktop();
+        sim::ElementId id = *r.openWindow(line, ref->first, ref->second);
+        Pid owner = d.ownerOf(id);
+        auto stack = d.stackingOrder();
+        std::optional<sim::ElementId> front;
+        for (sim::ElementId w : stack)
+            if (d.isOnScreen(w)) {
+                front = w;
+                break;
+            }
+        // What the window is, in the words of the expectation.
+        std::vector<std::string> is;
+        // On screen or not as the window server lists it, every Space included.
+        bool onScreen = false;
+        for (const WindowServerWindow& w : d.windowList(WindowListScope::allSpaces))
+            if (w.number == d.windowNumber(id)) onScreen = w.onScreen;
+        is.push_back(onScreen ? "on-screen" : "off-screen");
+        if (d.isMinimized(id)) is.push_back("minimized");
+        is.push_back(d.isListedInAXWindows(id) ? "listed" : "unlisted");
+        if (d.focusedWindow(owner) == id) is.push_back("focused");
+        if (front == id) is.push_back("front");
+        bool holds = std::find(is.begin(), is.end(), want) != is.end();
+        std::string found;
+        for (const std::string& s : is) found += (found.empty() ? "" : ", ") + s;
+        r.check(line, holds, "expected " + name + " to be " + want + "; it is " + found);
+    });
+}
+
+void Parser::expectFrontmost(Args& args) {
+    int line = args.line();
+    auto handle = args.bare("an app or none");
+    if (!handle) return;
+    if (*handle != "none" && !knownApp(args, *handle)) return;
+    if (!args.end()) return;
+    std::string h = *handle;
+    addExpectation(line, [line, h](ScenarioRunner& r) {
+        auto front = r.desktop().frontmostApplication();
+        std::string found = "none";
+        if (front) {
+            found = "pid " + std::to_string(front->processIdentifier());
+            for (const std::string& handle : r.appHandles())
+                if (auto* app = r.app(handle); app && app->desc.pid == front->processIdentifier())
+                    found = handle;
+        }
+        r.check(line, found == h,
+                "expected " + (h == "none" ? std::string("no app") : h) + " to be frontmost; " +
+                    (front ? found + " is" : std::string("none is")));
     });
 }
 

@@ -1,14 +1,16 @@
 // The interface commands of the scenario language: the menu-bar menu and icon, the settings
-// window and its controls, the pasteboard and alerts; with their expectations. Each prints
-// or checks what a person would see.
+// window and its controls, the pasteboard and alerts, and what `show` prints. Each prints or
+// operates what a person would see. Their expectations are in ScenarioInterfaceExpectations.cpp.
 
 #include <algorithm>
 #include <functional>
+#include <map>
 
 #include "app/AppController.h"
 #include "app/MenuRendering.h"
 #include "app/StatusItemModel.h"
 #include "platform/BuildSettings.h"
+#include "simtool/ScenarioInterfaceSupport.h"
 #include "simtool/ScenarioParserContext.h"
 #include "simtool/ScenarioRunner.h"
 #include "simtool/ScenarioValues.h"
@@ -19,51 +21,6 @@
 namespace quelto::simtool {
 
 namespace {
-
-const std::vector<std::string>& tabIdentifiers() {
-    static const std::vector<std::string> ids = {"general", "apps", "activity", "help", "about"};
-    return ids;
-}
-
-// The next word, which must name a tab.
-std::optional<std::string> tabWord(Args& args) {
-    auto t = args.bare("a tab");
-    if (!t) return std::nullopt;
-    const auto& ids = tabIdentifiers();
-    if (std::find(ids.begin(), ids.end(), *t) != ids.end()) return t;
-    args.fail(inQuotes(*t) + " is not a tab (general, apps, activity, help, about)");
-    return std::nullopt;
-}
-
-StatusItemModel* statusItem(ScenarioRunner& r, int line) {
-    AppController* c = r.appController();
-    StatusItemModel* item = c ? c->statusItem() : nullptr;
-    if (!item) r.error(line, "Quelto is not running, so there is no menu-bar item");
-    return item;
-}
-
-std::shared_ptr<MainWindowModel> settingsWindow(ScenarioRunner& r, int line) {
-    AppController* c = r.appController();
-    std::shared_ptr<MainWindowModel> w = c ? c->mainWindow() : nullptr;
-    if (!w) r.error(line, "the settings window is not open (settings open comes first)");
-    return w;
-}
-
-const MenuRow* findRow(const std::vector<MenuRow>& rows, const std::string& title) {
-    for (const MenuRow& row : rows)
-        if (!row.separator && row.title == title) return &row;
-    return nullptr;
-}
-
-std::string rowTitles(const std::vector<MenuRow>& rows) {
-    std::string s;
-    for (const MenuRow& row : rows) {
-        if (row.separator) continue;
-        if (!s.empty()) s += ", ";
-        s += inQuotes(row.title);
-    }
-    return s;
-}
 
 // A button (or link button) of a tab by its title, searched through rows and columns.
 const ViewElement* findButton(const std::vector<ViewElement>& elements, const std::string& title) {
@@ -121,28 +78,48 @@ std::string alertsText(const std::vector<AlertSpec>& alerts) {
     return s;
 }
 
-std::string desktopText(ScenarioRunner& r) {
+// Where a window is, when it is not simply on screen: "minimised", "Space 2", ….
+std::string whereText(sim::SimDesktop& d, sim::ElementId w) {
     std::string s;
-    auto front = r.desktop().frontmostApplication();
-    for (const auto& app : r.desktop().runningApplications()) {
-        Pid pid = app->processIdentifier();
-        s += (front && front->processIdentifier() == pid ? "▶ " : "  ") +
-             app->localizedName().value_or("(no name)") + "  pid " + std::to_string(pid) + "  " +
-             app->bundleIdentifier().value_or("(no bundle id)") + "  " +
-             policyName(app->activationPolicy()) + "\n";
-        // Titles as the scenario gave them: reading them through Accessibility would count
-        // as reads and use up injected errors.
-        for (sim::ElementId w : r.desktop().windowsOf(pid))
-            s += "      window " + inQuotes(r.windowTitle(w).value_or("(untitled)")) + "\n";
-    }
-    return s;
+    auto add = [&s](const std::string& word) { s += (s.empty() ? "  (" : ", ") + word; };
+    if (d.isMinimized(w)) add("minimised");
+    if (d.isHidden(d.ownerOf(w))) add("hidden");
+    if (d.isFullScreen(w)) add("full screen");
+    if (auto space = d.spaceOf(w); space && *space != d.currentSpace() && !d.isFullScreen(w))
+        add("Space " + std::to_string(*space));
+    else if (space && *space != d.currentSpace())
+        add("its own Space");
+    return s.empty() ? s : s + ")";
 }
 
-bool requireStarted(Parser& p, Args& args, const std::string& what = "") {
-    if (p.startLine) return true;
-    args.fail((what.empty() ? args.command() : what) +
-              " needs Quelto running: put start before it");
-    return false;
+std::string desktopText(ScenarioRunner& r) {
+    std::string s;
+    sim::SimDesktop& d = r.desktop();
+    auto front = d.frontmostApplication();
+    std::map<Pid, std::string> names;
+    for (const auto& app : d.runningApplications()) {
+        Pid pid = app->processIdentifier();
+        names[pid] = app->localizedName().value_or("(no name)");
+        s += (front && front->processIdentifier() == pid ? "▶ " : "  ") + names[pid] + "  pid " +
+             std::to_string(pid) + "  " + app->bundleIdentifier().value_or("(no bundle id)") +
+             "  " + policyName(app->activationPolicy()) + (d.isHidden(pid) ? "  hidden" : "") +
+             "\n";
+        // Titles as the scenario gave them: reading them through Accessibility would count
+        // as reads and use up injected errors.
+        for (sim::ElementId w : d.windowsOf(pid))
+            s += "      window " + inQuotes(r.windowTitle(w).value_or("(untitled)")) +
+                 whereText(d, w) + "\n";
+    }
+    auto stack = d.stackingOrder();
+    if (stack.empty()) return s;
+    s += "Windows, front to back (Space " +
+         (d.currentSpace() > 1000 ? std::string("full screen") : std::to_string(d.currentSpace())) +
+         " is current):\n";
+    int n = 0;
+    for (sim::ElementId w : stack)
+        s += "  " + std::to_string(++n) + ". " + names[d.ownerOf(w)] + " " +
+             inQuotes(r.windowTitle(w).value_or("(untitled)")) + whereText(d, w) + "\n";
+    return s;
 }
 
 }  // namespace
@@ -424,169 +401,6 @@ void Parser::showCommand(Args& args) {
     if (auto near = closestWord(*what, whats))
         message = "cannot show " + inQuotes(*what) + " (did you mean \"" + *near + "\"?)";
     args.fail(message);
-}
-
-bool Parser::expectInterface(Args& args, bool negated, const std::string& subject) {
-    int line = args.line();
-    if (subject == "menu") {
-        if (!requireStarted(*this, args, "expect " + subject)) return true;
-        if (!args.accept("row")) {
-            args.fail("expect menu takes row \"TITLE\" [checked|unchecked|enabled|disabled]");
-            return true;
-        }
-        auto title = args.text("the row's title");
-        if (!title) return true;
-        std::optional<std::string> state;
-        if (!args.done()) {
-            auto s = args.bare("checked, unchecked, enabled or disabled");
-            if (!s) return true;
-            if (*s != "checked" && *s != "unchecked" && *s != "enabled" && *s != "disabled") {
-                args.fail("a menu row is checked, unchecked, enabled or disabled, not " +
-                          inQuotes(*s));
-                return true;
-            }
-            if (negated) {
-                args.fail("expect no menu row takes no state");
-                return true;
-            }
-            state = *s;
-        }
-        if (!args.end()) return true;
-        std::string t = *title;
-        addExpectation(line, [line, t, state, negated](ScenarioRunner& r) {
-            auto* item = statusItem(r, line);
-            if (!item) return;
-            std::vector<MenuRow> rows = item->menuNeedsUpdate();
-            const MenuRow* row = findRow(rows, t);
-            if (!row)
-                for (const MenuRow& parent : rows)
-                    if (!row) row = findRow(parent.submenu, t);
-            if (negated)
-                return r.check(line, !row,
-                               "expected no menu row " + inQuotes(t) + "; there is one");
-            if (!row)
-                return r.check(
-                    line, false,
-                    "expected a menu row " + inQuotes(t) + "; the menu has " + rowTitles(rows));
-            if (!state) return r.check(line, true, "");
-            bool holds = *state == "checked"     ? row->checked
-                         : *state == "unchecked" ? !row->checked
-                         : *state == "enabled"   ? row->enabled
-                                                 : !row->enabled;
-            std::string found = std::string(row->checked ? "checked" : "unchecked") + " and " +
-                                (row->enabled ? "enabled" : "disabled");
-            r.check(
-                line, holds,
-                "expected the menu row " + inQuotes(t) + " to be " + *state + "; it is " + found);
-        });
-        return true;
-    }
-    if (subject == "icon") {
-        if (!requireStarted(*this, args, "expect " + subject)) return true;
-        auto s = args.bare("active or paused");
-        if (!s) return true;
-        if (*s != "active" && *s != "paused") {
-            args.fail("the icon is active or paused, not " + inQuotes(*s));
-            return true;
-        }
-        if (negated) {
-            args.fail("write the icon's expected state rather than a negation");
-            return true;
-        }
-        if (!args.end()) return true;
-        std::string want = *s;
-        addExpectation(line, [line, want](ScenarioRunner& r) {
-            if (!statusItem(r, line)) return;
-            const auto& icon = r.host()->icon();
-            std::string found = icon ? icon->stateWord : "none";
-            r.check(line, found == want, "expected the " + want + " icon; it is " + found);
-        });
-        return true;
-    }
-    if (subject == "tooltip") {
-        if (!requireStarted(*this, args, "expect " + subject)) return true;
-        auto t = args.text("the tooltip");
-        if (!t || !args.end()) return true;
-        std::string want = *t;
-        addExpectation(line, [line, want, negated](ScenarioRunner& r) {
-            if (!statusItem(r, line)) return;
-            const auto& icon = r.host()->icon();
-            std::string found = icon ? icon->toolTip : "";
-            r.check(line, (found == want) != negated,
-                    (negated ? "expected a tooltip other than " : "expected the tooltip ") +
-                        inQuotes(want) + "; it is " + inQuotes(found));
-        });
-        return true;
-    }
-    if (subject == "settings") {
-        if (!requireStarted(*this, args, "expect " + subject)) return true;
-        std::optional<std::string> tab;
-        if (args.accept("tab")) {
-            tab = tabWord(args);
-            if (!tab) return true;
-        }
-        auto text = args.text("the text to find");
-        if (!text || !args.end()) return true;
-        std::string want = *text;
-        addExpectation(line, [line, tab, want, negated](ScenarioRunner& r) {
-            auto w = settingsWindow(r, line);
-            if (!w) return;
-            std::string shown = tab ? renderTab(*w, *tab) : renderWindow(*w);
-            bool found = shown.find(want) != std::string::npos;
-            std::string where = tab ? "the " + *tab + " tab" : "the settings window";
-            r.check(line, found != negated,
-                    negated ? "expected " + where + " not to show " + inQuotes(want) + "; it does"
-                            : "expected " + where + " to show " + inQuotes(want) + "; it does not");
-        });
-        return true;
-    }
-    if (subject == "pasteboard") {
-        auto text = args.text("the text to find");
-        if (!text || !args.end()) return true;
-        std::string want = *text;
-        addExpectation(line, [line, want, negated](ScenarioRunner& r) {
-            const std::string& pb = r.desktop().pasteboardText();
-            bool found = pb.find(want) != std::string::npos;
-            r.check(line, found != negated,
-                    negated
-                        ? "expected the pasteboard not to hold " + inQuotes(want) + "; it does"
-                        : "expected the pasteboard to hold " + inQuotes(want) + "; it holds " +
-                              (pb.empty() ? std::string("nothing") : inQuotes(pb.substr(0, 80))));
-        });
-        return true;
-    }
-    if (subject == "alert") {
-        auto text = args.text("the text to find");
-        if (!text || !args.end()) return true;
-        std::string want = *text;
-        addExpectation(line, [line, want, negated](ScenarioRunner& r) {
-            bool found = false;
-            for (const AlertSpec& a : r.desktop().shownAlerts())
-                found = found || a.messageText.find(want) != std::string::npos ||
-                        a.informativeText.find(want) != std::string::npos;
-            r.check(line, found != negated,
-                    negated ? "expected no alert showing " + inQuotes(want) + "; one did"
-                            : "expected an alert showing " + inQuotes(want) + "; " +
-                                  std::to_string(r.desktop().shownAlerts().size()) +
-                                  " alerts were shown, none with it");
-        });
-        return true;
-    }
-    if (subject == "dock-icon") {
-        if (!requireStarted(*this, args, "expect " + subject)) return true;
-        if (!args.end()) return true;
-        addExpectation(line, [line, negated](ScenarioRunner& r) {
-            if (!r.host()) return r.error(line, "Quelto is not running");
-            // What the Dock shows: the policy of Quelto's process on the desktop.
-            auto own = r.desktop().runningApplication(r.scenario().ownPid);
-            bool shown = own && own->activationPolicy() == ActivationPolicy::regular;
-            r.check(line, shown != negated,
-                    negated ? "expected no Dock icon; Quelto shows one"
-                            : "expected a Dock icon; Quelto shows none");
-        });
-        return true;
-    }
-    return false;
 }
 
 }  // namespace quelto::simtool

@@ -85,6 +85,14 @@ class Args {
     bool failed_ = false;
 };
 
+// Where a click or press aims: a point, a window's close button, or a visible point of a
+// window.
+struct MouseTarget {
+    std::optional<Point> point;
+    std::optional<std::pair<std::string, std::string>> window;  // app handle, title
+    bool onClose = false;
+};
+
 class Parser {
   public:
     explicit Parser(std::string file);
@@ -130,20 +138,29 @@ class Parser {
                    std::size_t& index);
     std::optional<std::string> configBlock(const std::vector<std::string>& lines,
                                            std::size_t& index, int line);
-    sim::AppSpec appOptions(Args& args, const std::string& handle, const DeclaredApp* known);
-    std::optional<sim::CloseButtonSpec> closeButtonSpec(Args& args, sim::CloseButtonSpec base);
+    sim::AppSpec appOptions(Args& args, const std::string& handle,
+                            const DeclaredApp* known);  // ScenarioApps.cpp
+    std::optional<sim::CloseButtonSpec> closeButtonSpec(
+        Args& args, sim::CloseButtonSpec base);  // ScenarioWindows.cpp
 
-    // The commands.
+    // ---- The commands, by family; each family lives in the file named above it ----
+    // ScenarioTime.cpp
     void clockCommand(Args& args);
+    void waitCommand(Args& args);
+    void atCommand(Args& args);
+    // ScenarioQuelto.cpp
     void homeCommand(Args& args);
     void queltoCommand(Args& args);
     void accessibilityCommand(Args& args);
     void configCommand(Args& args);
+    void startCommand(Args& args);
+    // ScenarioApps.cpp
     void appCommand(Args& args);
     void launchCommand(Args& args);
     void terminateCommand(Args& args);
     void frontCommand(Args& args);
     void quitResponseCommand(Args& args);
+    // ScenarioWindows.cpp
     void windowCommand(Args& args);
     void dialogCommand(Args& args);
     void sheetCommand(Args& args);
@@ -155,37 +172,58 @@ class Parser {
     void retitleCommand(Args& args);
     void closeButtonCommand(Args& args);
     void subroleCommand(Args& args);
+    // ScenarioSpaces.cpp
+    void hideCommand(Args& args);
+    void minimizeCommand(Args& args);
+    void spaceCommand(Args& args);
+    void fullScreenCommand(Args& args);
+    std::optional<int> spaceNumber(Args& args);
+    // ScenarioInput.cpp
     void clickCommand(Args& args);
+    void pressCommand(Args& args);
+    void releaseCommand(Args& args);
+    // A click (`held` false: press and release at once) or a press that stays down.
+    void mouseDownCommand(Args& args, bool held);
+    // Where a click or press goes: a point, a close button or a window.
+    std::optional<MouseTarget> mouseTarget(Args& args);
     void rightClickCommand(Args& args);
     void keyCommand(Args& args);
+    // ScenarioInjection.cpp
     void injectCommand(Args& args);
     void clearErrorsCommand(Args& args);
-    void waitCommand(Args& args);
-    void atCommand(Args& args);
-    void startCommand(Args& args);
-    void expectCommand(Args& args);  // ScenarioExpectations.cpp
+    // ScenarioExpectations.cpp
+    void expectCommand(Args& args);
     void expectLog(Args& args, bool negated);
     void expectJournal(Args& args);
     void expectApp(Args& args, bool negated, const std::string& subject);
     void expectWindow(Args& args);
     void expectConfig(Args& args, bool negated);
+    void expectFrontmost(Args& args);
+    // ScenarioInterfaceExpectations.cpp
     // The interface's expectations (menu, icon, settings, pasteboard, alerts): false when
     // `subject` is none of them.
-    bool expectInterface(Args& args, bool negated,
-                         const std::string& subject);  // ScenarioInterface.cpp
-    void menuCommand(Args& args);                      // ScenarioInterface.cpp
-    void settingsCommand(Args& args);                  // ScenarioInterface.cpp
-    void showCommand(Args& args);                      // ScenarioInterface.cpp
-    void installCommand(Args& args);                   // ScenarioInterface.cpp
-    void loginItemCommand(Args& args);                 // ScenarioInterface.cpp
-    void alertAnswerCommand(Args& args);               // ScenarioInterface.cpp
-    void updateReplyCommand(Args& args);               // ScenarioInterface.cpp
-    void showOpened(Args& args);                       // ScenarioOpenedCommands.cpp
-    void expectOpened(Args& args, bool negated);       // ScenarioOpenedCommands.cpp
+    bool expectInterface(Args& args, bool negated, const std::string& subject);
+    // ScenarioInterface.cpp
+    void menuCommand(Args& args);
+    void settingsCommand(Args& args);
+    void showCommand(Args& args);
+    void installCommand(Args& args);
+    void loginItemCommand(Args& args);
+    void alertAnswerCommand(Args& args);
+    void updateReplyCommand(Args& args);
+    // ScenarioOpenedCommands.cpp
+    void showOpened(Args& args);
+    void expectOpened(Args& args, bool negated);
 
     std::vector<Diagnostic> errors_;
     std::string pendingConfigText_;
 };
+
+// An Accessibility error by its name or code (cannotComplete, -25204); reports a bad one.
+std::optional<AXError> accessibilityError(Args& args);
+
+// The running application under a handle, or a run-time error on `line`.
+std::optional<Pid> runningPid(ScenarioRunner& r, int line, const std::string& handle);
 
 // The closest known word to a misspelt one, for "did you mean" hints; none when nothing is
 // close.

@@ -166,6 +166,12 @@ void ScenarioRunner::declareApp(const std::string& handle, const sim::AppSpec& d
         a.pids.push_back(desc.pid);
 }
 
+std::vector<std::string> ScenarioRunner::appHandles() const {
+    std::vector<std::string> out;
+    for (const auto& [handle, app] : apps_) out.push_back(handle);
+    return out;
+}
+
 std::vector<Pid> ScenarioRunner::pidsOf(const std::string& handle) const {
     auto it = apps_.find(handle);
     return it == apps_.end() ? std::vector<Pid>{} : it->second.pids;

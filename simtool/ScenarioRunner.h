@@ -75,6 +75,8 @@ class ScenarioRunner {
     // The application known under a handle; nullptr when none is.
     App* app(const std::string& handle);
     void declareApp(const std::string& handle, const sim::AppSpec& desc);
+    // Every handle declared so far, in alphabetical order.
+    std::vector<std::string> appHandles() const;
 
     // The open window (or dialog) of an application with this title. When it is not open,
     // reports a run-time error on `line` and gives none.
@@ -89,6 +91,10 @@ class ScenarioRunner {
     bool isWindowOpen(const std::string& handle, const std::string& title) const;
     // The title the scenario last gave a window.
     std::optional<std::string> windowTitle(sim::ElementId id) const;
+
+    // Where the mouse button last went down (`press`), for a `release` that names no point.
+    void setPressPoint(Point at) { pressPoint_ = at; }
+    Point pressPoint() const { return pressPoint_; }
 
     // The Accessibility element of a running application, as a desktop element id.
     std::optional<sim::ElementId> applicationElementId(Pid pid) const;
@@ -134,6 +140,7 @@ class ScenarioRunner {
     std::map<std::pair<std::string, std::string>, sim::ElementId> windows_;
     std::map<sim::ElementId, Rect> frames_;
     std::string home_;
+    Point pressPoint_;
     bool started_ = false;
     bool stopped_ = false;
     RunResult result_;

@@ -11,6 +11,7 @@
 #include "platform/macos/MacNotificationBridge.h"
 #include "platform/macos/MacPasteboard.h"
 #include "platform/macos/MacSystemInfo.h"
+#include "platform/macos/MacWindowServer.h"
 #include "platform/macos/MacWorkspace.h"
 
 namespace quelto::mac {
@@ -28,6 +29,7 @@ void installMacPlatform() {
     static MacAlerts alerts;
     static MacPasteboard pasteboard;
     static MacCollation collation;
+    static MacWindowServer windowServer;
 
     Platform p;
     p.accessibility = &accessibility;
@@ -41,6 +43,7 @@ void installMacPlatform() {
     p.alerts = &alerts;
     p.pasteboard = &pasteboard;
     p.collation = &collation;
+    p.windowServer = &windowServer;
     installPlatform(p);
     installNotificationBridge();
 }

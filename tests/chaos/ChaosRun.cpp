@@ -374,6 +374,7 @@ void ChaosRun::step() {
              if (auto pid = randomRunningApp(random_.chance(0.1))) addWindow(*pid);
          }},
         {16, [&] { clickCloseButton(); }},
+        {6, [&] { desktopEvent(); }},
         {4, [&] { clickElsewhere(); }},
         {1.5,
          [&] {

@@ -1,7 +1,9 @@
 #pragma once
 // The chaos run: a seeded random stream of everything that can happen on a desktop while
 // Quelto watches it (applications launching and quitting, clicks on close buttons and
-// elsewhere with modifiers held, windows appearing, going, moving, sheets and dialogs,
+// elsewhere with modifiers held, red dots pressed and released on or off the button, windows
+// appearing, going, moving, stacked over each other, minimised, sent to other Spaces or into
+// full screen, apps hidden, Space switches, sheets and dialogs,
 // Accessibility reads failing, the user editing the configuration file by hand, time
 // passing), on the simulated desktop, with the program's promises checked after every step:
 //
@@ -73,6 +75,10 @@ class ChaosRun {
     std::optional<sim::ElementId> randomWindow();
     void clickCloseButton();
     void clickElsewhere();
+    // ChaosDesktopEvents.cpp: hides, minimises, Spaces, full screen, held presses, stacking.
+    void desktopEvent();
+    void pressAndRelease();
+    void stackOverCloseButton();
     void injectError();
     void oddAttribute();
     void editConfig();

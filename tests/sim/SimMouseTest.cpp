@@ -150,5 +150,82 @@ TEST_F(SimMouse, SameInputsGiveTheSameOutputs) {
     EXPECT_EQ(first, (std::vector<std::string>{"windows 1", "quit 5 at 0.350000"}));
 }
 
+TEST_F(SimMouse, TheCloseButtonActsWhenTheMouseGoesUpOnIt) {
+    ElementId w = desktop.addWindow(5, WindowSpec{});
+    Point dot = desktop.closeButtonFrame(w)->origin;
+    desktop.press(dot);
+    EXPECT_EQ(clicks.size(), 1u);  // the monitor sees the mouse-down
+    EXPECT_TRUE(desktop.isPressed());
+    desktop.advance(3);  // held: nothing yet
+    EXPECT_TRUE(desktop.isElementAlive(w));
+    desktop.release(dot);
+    EXPECT_FALSE(desktop.isPressed());
+    EXPECT_EQ(clicks.size(), 1u);  // and never the mouse-up
+    desktop.advance(1);
+    EXPECT_FALSE(desktop.isElementAlive(w));
+}
+
+TEST_F(SimMouse, APressDraggedOffTheCloseButtonClosesNothing) {
+    ElementId w = desktop.addWindow(5, WindowSpec{});
+    desktop.press(desktop.closeButtonFrame(w)->origin);
+    desktop.release(Point{400, 400});
+    desktop.advance(1);
+    EXPECT_TRUE(desktop.isElementAlive(w));
+    // A release on the button after a press elsewhere closes nothing either.
+    desktop.press(Point{400, 400});
+    desktop.release(desktop.closeButtonFrame(w)->origin);
+    desktop.advance(1);
+    EXPECT_TRUE(desktop.isElementAlive(w));
+}
+
+TEST_F(SimMouse, OptionClickLeavesWindowsThatCannotClose) {
+    ElementId a = desktop.addWindow(5, testing::window(Rect{{0, 500}, {300, 300}}));
+    ElementId locked = desktop.addWindow(5, [] {
+        auto s = testing::window(Rect{{400, 500}, {300, 300}});
+        s.closeButton.enabled = false;
+        return s;
+    }());
+    ElementId sheeted = desktop.addWindow(5, testing::window(Rect{{800, 500}, {300, 300}}));
+    desktop.showSheet(sheeted);
+    ElementId b = desktop.addWindow(5, WindowSpec{});
+    desktop.click(desktop.closeButtonFrame(b)->origin, modifier::option);
+    desktop.advance(1);
+    EXPECT_FALSE(desktop.isElementAlive(a));
+    EXPECT_FALSE(desktop.isElementAlive(b));
+    EXPECT_TRUE(desktop.isElementAlive(locked));
+    EXPECT_TRUE(desktop.isElementAlive(sheeted));
+}
+
+TEST_F(SimMouse, AnAppModalAlertHoldsEveryOtherCloseButton) {
+    ElementId a = desktop.addWindow(5, testing::window(Rect{{0, 500}, {300, 300}}));
+    ElementId b = desktop.addWindow(5, WindowSpec{});
+    ElementId alert = desktop.showDialog(5, "AXDialog", "Could not save", true);
+    desktop.click(desktop.closeButtonFrame(b)->origin, modifier::option);
+    desktop.click(desktop.closeButtonFrame(a)->origin);
+    desktop.advance(1);
+    EXPECT_TRUE(desktop.isElementAlive(a));
+    EXPECT_TRUE(desktop.isElementAlive(b));
+    desktop.closeWindowWithoutClick(alert);
+    desktop.click(desktop.closeButtonFrame(a)->origin);
+    desktop.advance(1);
+    EXPECT_FALSE(desktop.isElementAlive(a));
+}
+
+TEST_F(SimMouse, HiddenMinimisedAndOtherSpacesWindowsTakeNoClicks) {
+    ElementId w = desktop.addWindow(5, WindowSpec{});
+    Point dot = desktop.closeButtonFrame(w)->origin;
+    desktop.minimizeWindow(w);
+    desktop.click(dot);
+    desktop.restoreWindow(w);
+    desktop.moveWindowToSpace(w, 2);
+    desktop.click(dot);
+    desktop.moveWindowToSpace(w, 1);
+    desktop.hideApp(5);
+    desktop.click(dot);
+    desktop.advance(1);
+    EXPECT_TRUE(desktop.isElementAlive(w));
+    EXPECT_EQ(clicks.size(), 3u);  // the monitor saw every mouse-down all the same
+}
+
 }  // namespace
 }  // namespace quelto::sim

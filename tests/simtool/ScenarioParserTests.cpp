@@ -217,5 +217,20 @@ TEST(ScenarioParser, TheCommandListCoversEveryCommand) {
         EXPECT_NE(std::find(names.begin(), names.end(), n), names.end()) << n;
 }
 
+TEST(ScenarioParser, DesktopCommandsNameTheirBadWords) {
+    EXPECT_EQ(errorsOf("space 0\n"),
+              (std::vector<std::string>{"x.scn:1: error: Spaces are numbered 1 to 16, not 0"}));
+    EXPECT_EQ(errorsOf("app A com.a\nwindow A \"W\"\nfull-screen A \"W\" sideways\n"),
+              (std::vector<std::string>{
+                  "x.scn:3: error: unexpected \"sideways\" — usage: full-screen APP \"TITLE\" "
+                  "[off]"}));
+    EXPECT_EQ(errorsOf("release here\n"),
+              (std::vector<std::string>{
+                  "x.scn:1: error: unexpected \"here\" — usage: release [at X,Y]"}));
+    EXPECT_EQ(errorsOf("hide Nobody\n"),
+              (std::vector<std::string>{"x.scn:1: error: no app named \"Nobody\" is declared "
+                                        "before this line (declare it with app or launch)"}));
+}
+
 }  // namespace
 }  // namespace quelto::simtool

@@ -219,5 +219,61 @@ TEST(JournalTable, ColumnsAreAlignedByCharactersNotBytes) {
     EXPECT_EQ(journalTable({}, 0), std::vector<std::string>{"(no entries)"});
 }
 
+// Where windows are, and clicks that find nothing visible to aim at.
+const char* const twoApps =
+    "app Mail com.apple.mail\n"
+    "app Notes com.apple.Notes\n"
+    "window Mail \"Inbox\" at 100,100 size 600x400\n"
+    "window Notes \"Ideas\" at 300,200 size 600x400\n"
+    "window Notes \"Far\" at 300,200 size 300x200 space 2\n"
+    "start\n";
+
+TEST(ScenarioRunner, AClickOnACoveredWindowStopsTheRunWithWhy) {
+    RunResult r = run(std::string(twoApps) + "click Mail \"Inbox\"\nclick Notes \"Far\"\n");
+    EXPECT_EQ(r.exitStatus, 2);
+    EXPECT_EQ(diagnostics(r), (std::vector<std::string>{
+                                  "t.scn:8: error: Notes’s window \"Far\" has no visible point "
+                                  "to click: it is on Space 2 and the current Space is Space 1"}));
+    r = run(std::string(twoApps) +
+            "window Mail \"Cover\" at 0,0 size 1500x900\nclick Notes \"Ideas\"\n");
+    EXPECT_EQ(diagnostics(r), (std::vector<std::string>{
+                                  "t.scn:8: error: Notes’s window \"Ideas\" has no visible point "
+                                  "to click: it is covered by Mail’s window \"Cover\""}));
+    r = run(std::string(twoApps) + "minimize Notes \"Ideas\"\nclick close Notes \"Ideas\"\n");
+    EXPECT_EQ(diagnostics(r),
+              (std::vector<std::string>{"t.scn:8: error: Notes’s window \"Ideas\" has no close "
+                                        "button on screen to click: it is minimised"}));
+    r = run(std::string(twoApps) + "hide Notes\nclick Notes \"Ideas\"\n");
+    EXPECT_EQ(diagnostics(r),
+              (std::vector<std::string>{"t.scn:8: error: Notes’s window \"Ideas\" has no visible "
+                                        "point to click: Notes is hidden"}));
+}
+
+TEST(ScenarioRunner, ReleaseNeedsAPressAndAPressNeedsARelease) {
+    RunResult r = run(std::string(twoApps) + "release\n");
+    EXPECT_EQ(diagnostics(r),
+              (std::vector<std::string>{"t.scn:7: error: the mouse button is not down: press comes "
+                                        "first"}));
+    r = run(std::string(twoApps) + "press 10,10\npress 20,20\n");
+    EXPECT_EQ(diagnostics(r),
+              (std::vector<std::string>{"t.scn:8: error: the mouse button is already down: release "
+                                        "it first"}));
+}
+
+TEST(ScenarioRunner, ExpectationsNameWhatTheWindowIs) {
+    RunResult r = run(std::string(twoApps) +
+                      "minimize Notes \"Ideas\"\n"
+                      "expect window Notes \"Ideas\" on-screen\n"
+                      "expect window Notes \"Far\" listed\n"
+                      "expect frontmost Mail\n");
+    EXPECT_EQ(diagnostics(r),
+              (std::vector<std::string>{
+                  "t.scn:8: failed: expected Notes’s window \"Ideas\" to be on-screen; it is "
+                  "off-screen, minimized, listed",
+                  "t.scn:9: failed: expected Notes’s window \"Far\" to be listed; it is "
+                  "off-screen, unlisted",
+                  "t.scn:10: failed: expected Mail to be frontmost; none is"}));
+}
+
 }  // namespace
 }  // namespace quelto::simtool

@@ -1,0 +1,75 @@
+#include "platform/macos/MacWindowServer.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <CoreGraphics/CoreGraphics.h>
+
+namespace quelto::mac {
+
+namespace {
+
+// A number of the window's dictionary, if it is there and is a number.
+template <typename T>
+bool readNumber(CFDictionaryRef info, CFStringRef key, CFNumberType type, T& out) {
+    const void* value = CFDictionaryGetValue(info, key);
+    if (!value || CFGetTypeID(value) != CFNumberGetTypeID()) return false;
+    return CFNumberGetValue(static_cast<CFNumberRef>(value), type, &out);
+}
+
+bool readBool(CFDictionaryRef info, CFStringRef key) {
+    const void* value = CFDictionaryGetValue(info, key);
+    if (!value) return false;  // the key is left out for windows off screen
+    if (CFGetTypeID(value) == CFBooleanGetTypeID())
+        return CFBooleanGetValue(static_cast<CFBooleanRef>(value));
+    if (CFGetTypeID(value) == CFNumberGetTypeID()) {
+        int n = 0;
+        return CFNumberGetValue(static_cast<CFNumberRef>(value), kCFNumberIntType, &n) && n != 0;
+    }
+    return false;
+}
+
+bool readBounds(CFDictionaryRef info, Rect& out) {
+    const void* value = CFDictionaryGetValue(info, kCGWindowBounds);
+    if (!value || CFGetTypeID(value) != CFDictionaryGetTypeID()) return false;
+    CGRect r;
+    if (!CGRectMakeWithDictionaryRepresentation(static_cast<CFDictionaryRef>(value), &r))
+        return false;
+    // The window server's bounds are already in global top-left coordinates.
+    out = Rect{{r.origin.x, r.origin.y}, {r.size.width, r.size.height}};
+    return true;
+}
+
+}  // namespace
+
+std::vector<WindowServerWindow> MacWindowServer::windowList(WindowListScope scope) {
+    CGWindowListOption options =
+        scope == WindowListScope::onScreenCurrentSpace
+            ? (kCGWindowListOptionOnScreenOnly | kCGWindowListExcludeDesktopElements)
+            : kCGWindowListOptionAll;
+    std::vector<WindowServerWindow> out;
+    CFArrayRef list = CGWindowListCopyWindowInfo(options, kCGNullWindowID);
+    if (!list) return out;
+    CFIndex count = CFArrayGetCount(list);
+    out.reserve(static_cast<std::size_t>(count));
+    for (CFIndex i = 0; i < count; ++i) {
+        const void* item = CFArrayGetValueAtIndex(list, i);
+        if (!item || CFGetTypeID(item) != CFDictionaryGetTypeID()) continue;
+        auto info = static_cast<CFDictionaryRef>(item);
+        WindowServerWindow w;
+        std::int32_t pid = 0;
+        std::int64_t number = 0;
+        int layer = 0;
+        if (!readNumber(info, kCGWindowOwnerPID, kCFNumberSInt32Type, pid)) continue;
+        if (!readNumber(info, kCGWindowNumber, kCFNumberSInt64Type, number)) continue;
+        readNumber(info, kCGWindowLayer, kCFNumberIntType, layer);
+        readBounds(info, w.bounds);
+        w.ownerPid = pid;
+        w.number = static_cast<std::uint32_t>(number);
+        w.layer = layer;
+        w.onScreen = readBool(info, kCGWindowIsOnscreen);
+        out.push_back(w);
+    }
+    CFRelease(list);
+    return out;
+}
+
+}  // namespace quelto::mac
