@@ -134,6 +134,11 @@ class Accessibility {
     // AXUIElementCreateApplication.
     virtual AXElement createApplication(Pid pid) = 0;
 
+    // AXUIElementSetMessagingTimeout on the system-wide element (AXUIElementCreateSystemWide):
+    // the time-out of every element of this process that has none of its own. 0 restores the
+    // platform default (6 s).
+    virtual AXError setSystemWideMessagingTimeout(float seconds) = 0;
+
     // AXObserverCreate: an observer, or nullptr with the error set.
     virtual std::unique_ptr<AXObserver> createObserver(Pid pid, AXObserverCallback callback,
                                                        AXError& error) = 0;

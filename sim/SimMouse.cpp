@@ -53,11 +53,16 @@ void SimDesktop::click(Point point, ModifierFlags modifiers) {
     if (!button.present || button.enabled == std::optional<bool>(false)) return;
     if (!s.buttonFrame(*w).contains(point)) return;
     if (!w->sheets.empty()) return;  // modal to its sheet: the button does nothing
-    if (modifiers & modifier::option) {
-        for (ElementId id : s.windowsOf(w->pid)) s.requestClose(id);
-    } else {
-        s.requestClose(*hit);
-    }
+    // A hung app sees the click when it answers again.
+    auto act = [&s, id = *hit, pid = w->pid, modifiers] {
+        if (!s.liveWindow(id)) return;
+        if (modifiers & modifier::option) {
+            for (ElementId window : s.windowsOf(pid)) s.requestClose(window);
+        } else {
+            s.requestClose(id);
+        }
+    };
+    if (!s.deferWhileHung(w->pid, act)) act();
 }
 
 void SimDesktop::rightClick(Point) {

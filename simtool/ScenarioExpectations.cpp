@@ -46,6 +46,7 @@ void Parser::expectCommand(Args& args) {
         {"pasteboard", "expect [no] pasteboard \"TEXT\""},
         {"alert", "expect [no] alert \"TEXT\""},
         {"dock-icon", "expect [no] dock-icon"},
+        {"stall", "expect stall at most|at least DURATION"},
     };
     if (auto u = usages.find(*subject); u != usages.end()) args.setUsage(u->second);
     if (*subject == "log") return expectLog(args, negated);
@@ -63,11 +64,13 @@ void Parser::expectCommand(Args& args) {
         return expectWindow(args);
     }
     if (*subject == "config") return expectConfig(args, negated);
+    if (*subject == "stall") return expectStall(args, negated);
     if (expectInterface(args, negated, *subject)) return;
     if (!args.ok()) return;
-    std::vector<std::string> subjects = {
-        "log",  "journal", "running", "asked-to-quit", "quit-requests", "window", "config",
-        "menu", "icon",    "tooltip", "settings",      "pasteboard",    "alert",  "dock-icon"};
+    std::vector<std::string> subjects = {"log",           "journal",   "running",  "asked-to-quit",
+                                         "quit-requests", "window",    "config",   "menu",
+                                         "icon",          "tooltip",   "settings", "pasteboard",
+                                         "alert",         "dock-icon", "stall"};
     std::string message = "unknown expectation " + inQuotes(*subject);
     if (auto near = closestWord(*subject, subjects))
         message += " (did you mean \"" + *near + "\"?)";

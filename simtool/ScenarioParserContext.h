@@ -180,6 +180,9 @@ class Parser {
     void loginItemCommand(Args& args);                 // ScenarioInterface.cpp
     void alertAnswerCommand(Args& args);               // ScenarioInterface.cpp
     void updateReplyCommand(Args& args);               // ScenarioInterface.cpp
+    void hangCommand(Args& args);                      // ScenarioTimingCommands.cpp
+    void keepOpenCommand(Args& args);                  // ScenarioTimingCommands.cpp
+    void expectStall(Args& args, bool negated);        // ScenarioTimingCommands.cpp
 
     std::vector<Diagnostic> errors_;
     std::string pendingConfigText_;
