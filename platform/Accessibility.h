@@ -122,7 +122,8 @@ class AXObserver {
     virtual ~AXObserver() = default;
     virtual AXError addNotification(const AXElement& element, const std::string& notification,
                                     void* refcon) = 0;
-    // CFRunLoopAddSource / CFRunLoopRemoveSource on the main run loop, default mode.
+    // CFRunLoopAddSource / CFRunLoopRemoveSource on the main run loop, in the common modes:
+    // notifications keep coming while a modal alert or an open menu runs its own loop.
     virtual void addRunLoopSourceToMainRunLoop() = 0;
     virtual void removeRunLoopSourceFromMainRunLoop() = 0;
 };

@@ -307,7 +307,10 @@ class SimDesktop final : public Accessibility,
     std::optional<std::string> registerItem() override;
     std::optional<std::string> unregisterItem() override;
 
-    long runModal(const AlertSpec& alert) override;
+    void present(const AlertSpec& alert, std::function<void(long)> completion) override;
+    // Runs an alert modally right here, as NSAlert's runModal does (a nested loop while it is
+    // held on screen); the answer.
+    long runModal(const AlertSpec& alert);
     void setString(const std::string& text) override;
 
     void send(const HttpRequest& request, std::function<void(HttpResult)> completion) override;

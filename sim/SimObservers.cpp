@@ -47,7 +47,7 @@ AXError SimObserver::addNotification(const AXElement& element, const std::string
 void SimObserver::addRunLoopSourceToMainRunLoop() {
     if (ObserverRecord* r = record()) {
         r->sourceOnRunLoop = true;
-        r->sourceModes = defaultModeOnly;
+        r->sourceModes = commonModes;
     }
 }
 

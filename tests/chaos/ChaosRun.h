@@ -2,7 +2,8 @@
 // The chaos run: a seeded random stream of everything that can happen on a desktop while
 // Quelto watches it (applications launching and quitting, clicks on close buttons and
 // elsewhere with modifiers held, windows appearing, going, moving, sheets and dialogs,
-// Accessibility reads failing, the user editing the configuration file by hand, time
+// Accessibility reads failing, apps hanging, registrations refused, the menu-bar menu held
+// open and alerts left on screen, the user editing the configuration file by hand, time
 // passing), on the simulated desktop, with the program's promises checked after every step:
 //
 // - it never asks itself to quit, nor an application on the built-in never-quit list, nor
@@ -29,6 +30,9 @@
 #include "tests/chaos/ChaosRandom.h"
 
 namespace quelto::chaos {
+
+// A duration for the steps' record: "1.250 s".
+std::string seconds(double s);
 
 class ChaosRun {
   public:
@@ -76,6 +80,11 @@ class ChaosRun {
     void injectError();
     void oddAttribute();
     void editConfig();
+    // ChaosMainThread.cpp
+    void hangApp();
+    void holdMenuOpen();
+    void showAlert();
+    void refuseRegistrations();
     void note(const std::string& event);
 
     bool check();

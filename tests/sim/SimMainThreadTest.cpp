@@ -117,23 +117,14 @@ TEST_F(SimMainThread, OtherAppsGoOnWhileTheMainThreadIsBlocked) {
     EXPECT_TRUE(goneDuringTheStall);
 }
 
-TEST_F(SimMainThread, ObserverSourcesInTheDefaultModeWaitWhileAMenuIsTracked) {
-    AXError error;
-    auto observer = desktop.createObserver(42, &record, error);
-    observer->addRunLoopSourceToMainRunLoop();
-    observer->addNotification(desktop.element(window), "AXUIElementDestroyed", nullptr);
-    std::vector<std::string> ranInMenu;
-    desktop.async([&] {
-        // A main-queue block: runs in every mode, the menu's included.
-        ranInMenu.push_back("queued");
-    });
-    desktop.closeWindowWithoutClick(window);
-    desktop.trackMenu(5.0);  // the queued block runs in the menu's loop; the source waits
-    EXPECT_EQ(ranInMenu, std::vector<std::string>{"queued"});
-    EXPECT_TRUE(seen.empty());
+TEST_F(SimMainThread, MainQueueWorkRunsWhileAMenuIsTrackedDefaultModeTimersWait) {
+    std::vector<std::string> ran;
+    desktop.async([&] { ran.push_back("queued"); });
+    Subscription timer = desktop.scheduleRepeating(1.0, [&] { ran.push_back("tick"); });
+    desktop.trackMenu(5.0);
+    EXPECT_EQ(ran, std::vector<std::string>{"queued"});
     EXPECT_EQ(desktop.currentRunLoopMode(), RunLoopMode::defaultMode);
-    desktop.runDue();
-    EXPECT_EQ(seen, std::vector<std::string>{"AXUIElementDestroyed"});
+    timer.cancel();
 }
 
 TEST_F(SimMainThread, TimersInTheDefaultModeDoNotFireInANestedLoop) {
@@ -157,6 +148,42 @@ TEST_F(SimMainThread, TheMainQueueIsSerialAModalLoopInsideABlockDrainsNothing) {
     desktop.advance(40);
     EXPECT_EQ(ran, (std::vector<std::string>{"alert answered at 1030.000000",
                                              "later block at 1030.000000"}));
+}
+
+TEST_F(SimMainThread, APresentedAlertStartsFromTheRunLoopSoTheMainQueueDrainsUnderIt) {
+    std::vector<std::string> ran;
+    desktop.holdNextAlert(30);
+    desktop.async([&] {
+        desktop.asyncAfter(1.0, [&] { ran.push_back("later block at " + std::to_string(now())); });
+        desktop.present(AlertSpec{"Title", "Text", {"OK", "Cancel"}}, [&](long answer) {
+            ran.push_back("answered " + std::to_string(answer) + " at " + std::to_string(now()));
+        });
+        ran.push_back("block returned");
+    });
+    desktop.queueAlertAnswer(Alerts::secondButtonReturn);
+    desktop.advance(40);
+    EXPECT_EQ(ran, (std::vector<std::string>{"block returned", "later block at 1001.000000",
+                                             "answered 1001 at 1030.000000"}));
+    ASSERT_EQ(desktop.shownAlerts().size(), 1u);
+}
+
+TEST_F(SimMainThread, APresentedAlertWaitsForAnOpenMenuToClose) {
+    bool shown = false;
+    desktop.present(AlertSpec{"Title", "Text", {}}, [&](long) { shown = true; });
+    desktop.trackMenu(2.0);  // the alert starts in the default mode only
+    EXPECT_FALSE(shown);
+    desktop.runDue();
+    EXPECT_TRUE(shown);
+}
+
+TEST_F(SimMainThread, ObserverSourcesInTheCommonModesFireUnderAnAlertAndAMenu) {
+    AXError error;
+    auto observer = desktop.createObserver(42, &record, error);
+    observer->addRunLoopSourceToMainRunLoop();
+    observer->addNotification(desktop.element(window), "AXUIElementDestroyed", nullptr);
+    desktop.closeWindowWithoutClick(window);
+    desktop.runNestedLoop(RunLoopMode::modalPanel, 1.0);
+    EXPECT_EQ(seen, std::vector<std::string>{"AXUIElementDestroyed"});
 }
 
 TEST_F(SimMainThread, RefusedRegistrationsCountDownAndAHungAppTimesThemOut) {
