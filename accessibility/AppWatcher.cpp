@@ -61,10 +61,8 @@ bool AppWatcher::attach() {
     observer_ = std::move(observer);
     observer_->addRunLoopSourceToMainRunLoop();
 
-    // The results are not checked: an element that refuses a notification is simply
-    // watched with fewer of them.
-    observer_->addNotification(appElement_, "AXWindowCreated", this);
-    observer_->addNotification(appElement_, "AXFocusedWindowChanged", this);
+    // An app still starting up may refuse these for a moment: they are tried again.
+    registerAppNotifications({"AXWindowCreated", "AXFocusedWindowChanged"}, 1);
 
     for (const AXElement& window : axElements(appElement_, "AXWindows")) watch(window);
     return true;
@@ -74,9 +72,8 @@ void AppWatcher::watch(const AXElement& window) {
     if (!window || !observer_) return;
     WindowRef ref{window};
     if (!watchedWindows_.insert(ref).second) return;
-    observer_->addNotification(window, "AXUIElementDestroyed", this);
-    observer_->addNotification(window, "AXWindowMoved", this);
-    observer_->addNotification(window, "AXWindowResized", this);
+    registerWindowNotifications(window,
+                                {"AXUIElementDestroyed", "AXWindowMoved", "AXWindowResized"}, 1);
     refreshCloseButton(window, 1);
 }
 

@@ -87,6 +87,14 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
   private:
     bool attach();
     void watch(const AXElement& window);
+    // Observer registrations, tried again after a transient refusal
+    // (NotificationRegistration.cpp). Gives the names to try again and the last error.
+    std::vector<std::string> registerNotifications(const AXElement& element,
+                                                   const std::vector<std::string>& names,
+                                                   AXError& lastError);
+    void registerAppNotifications(std::vector<std::string> names, int attempt);
+    void registerWindowNotifications(const AXElement& window, std::vector<std::string> names,
+                                     int attempt);
     void handle(const std::string& notification, const AXElement& element);
     bool refreshCloseButton(const AXElement& window, int attempt);
     void storeFrame(const WindowRef& ref, Rect frame);

@@ -14,6 +14,9 @@ namespace quelto {
 
 namespace {
 
+// The longest any Accessibility call may hold the main thread, in seconds.
+constexpr float accessibilityTimeout = 1.0f;
+
 Date now() {
     return platform().clock->now();
 }
@@ -50,6 +53,17 @@ bool Engine::isCandidate(const RunningApplication& app) const {
 }
 
 void Engine::start() {
+    // A call to an app that does not answer waits for its element's messaging time-out: the
+    // watchers give each application element one second, but the windows and buttons read
+    // from it would wait the platform default of 6 s. The system-wide element's time-out is
+    // the default of every element: one second bounds every call Quelto makes.
+    if (Accessibility* ax = platform().accessibility) {
+        AXError set = ax->setSystemWideMessagingTimeout(accessibilityTimeout);
+        if (!set.isSuccess())
+            log("could not bound Accessibility calls to 1 s (" + set.name() +
+                ") — an app that hangs can hold Quelto up to 6 s a call");
+    }
+
     std::weak_ptr<Engine> weak = weak_from_this();
 
     clickMonitor->onClick = [weak](Point at, ModifierFlags modifiers) {

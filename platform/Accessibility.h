@@ -122,7 +122,8 @@ class AXObserver {
     virtual ~AXObserver() = default;
     virtual AXError addNotification(const AXElement& element, const std::string& notification,
                                     void* refcon) = 0;
-    // CFRunLoopAddSource / CFRunLoopRemoveSource on the main run loop, default mode.
+    // CFRunLoopAddSource / CFRunLoopRemoveSource on the main run loop, in the common modes:
+    // notifications keep coming while a modal alert or an open menu runs its own loop.
     virtual void addRunLoopSourceToMainRunLoop() = 0;
     virtual void removeRunLoopSourceFromMainRunLoop() = 0;
 };
@@ -133,6 +134,11 @@ class Accessibility {
 
     // AXUIElementCreateApplication.
     virtual AXElement createApplication(Pid pid) = 0;
+
+    // AXUIElementSetMessagingTimeout on the system-wide element (AXUIElementCreateSystemWide):
+    // the time-out of every element of this process that has none of its own. 0 restores the
+    // platform default (6 s).
+    virtual AXError setSystemWideMessagingTimeout(float seconds) = 0;
 
     // AXObserverCreate: an observer, or nullptr with the error set.
     virtual std::unique_ptr<AXObserver> createObserver(Pid pid, AXObserverCallback callback,

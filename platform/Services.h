@@ -73,7 +73,7 @@ class HttpClient {
     virtual void send(const HttpRequest& request, std::function<void(HttpResult)> completion) = 0;
 };
 
-// What a modal alert shows. With no buttons the alert has its single default button.
+// What an alert shows. With no buttons the alert has its single default button.
 struct AlertSpec {
     std::string messageText;
     std::string informativeText;
@@ -86,8 +86,12 @@ class Alerts {
     static constexpr long firstButtonReturn = 1000;
     static constexpr long secondButtonReturn = 1001;
     virtual ~Alerts() = default;
-    // Runs the alert modally; returns 1000 for the first button, 1001 for the second, ….
-    virtual long runModal(const AlertSpec& alert) = 0;
+    // Shows the alert and returns at once. The alert runs modally from the main run loop
+    // itself, never inside the caller's work: run from a block on the main queue, its modal
+    // loop would hold that serial queue, and with it every delayed step of the engine, until
+    // the user answered. `completion`, when given, then gets 1000 for the first button, 1001
+    // for the second, …, on the main thread.
+    virtual void present(const AlertSpec& alert, std::function<void(long)> completion) = 0;
 };
 
 class Pasteboard {

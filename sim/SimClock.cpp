@@ -1,6 +1,7 @@
 // Virtual time: the wall clock, the local calendar at the desktop's fixed offset, and the
 // main queue that runs due work in order as time is advanced.
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -59,9 +60,35 @@ void SimDesktop::State::scheduleAt(Micros due, WorkItem item) {
     queue.emplace(std::make_pair(due, nextSequence++), std::move(item));
 }
 
+void SimDesktop::State::scheduleWorld(double delaySeconds, std::function<void()> work) {
+    Micros delay = std::clamp<Micros>(toMicros(delaySeconds), 0, maxDelay);
+    WorkItem item{std::move(work), nullptr};
+    item.kind = WorkKind::world;
+    scheduleAt(now + delay, std::move(item));
+}
+
 bool SimDesktop::State::runNext(Micros limit) {
+    endStall();  // the thread is back in its run loop
     auto it = queue.begin();
-    if (it == queue.end() || it->first.first > limit) return false;
+    for (; it != queue.end() && it->first.first <= limit; ++it)
+        if (mayRun(it->second)) break;
+    const bool haveItem = it != queue.end() && it->first.first <= limit;
+
+    // The user's next action comes first when it is due earlier; work due at the same moment
+    // goes before it, as it was already waiting.
+    if (main.script && main.blocked == 0) {
+        if (std::optional<Date> next = main.script->nextActionTime()) {
+            Micros at = toMicros(next->seconds);
+            if (at <= limit && (!haveItem || at < it->first.first)) {
+                if (at > now) now = at;
+                main.script->runNextAction();
+                endStall();
+                return true;
+            }
+        }
+    }
+    if (!haveItem) return false;
+
     Micros due = it->first.first;
     WorkItem item = std::move(it->second);
     queue.erase(it);
@@ -70,12 +97,20 @@ bool SimDesktop::State::runNext(Micros limit) {
         if (item.timer->cancelled) return true;
         // The next tick is due one interval after this one was, whatever the tick does.
         auto timer = item.timer;
-        scheduleAt(due + timer->interval, WorkItem{{}, timer});
+        WorkItem next{{}, timer, item.kind, item.modes};
+        scheduleAt(due + timer->interval, std::move(next));
         auto tick = timer->tick;  // the tick may cancel (and so release) the timer
         if (tick) tick();
-        return true;
+    } else if (item.work) {
+        if (item.kind == WorkKind::mainQueue) {
+            ++main.mainQueueBlocks;
+            item.work();
+            --main.mainQueueBlocks;
+        } else {
+            item.work();
+        }
     }
-    if (item.work) item.work();
+    endStall();
     return true;
 }
 
@@ -111,7 +146,9 @@ Subscription SimDesktop::scheduleRepeating(double intervalSeconds, std::function
     // clamps such intervals to a tiny positive one, and so does the desktop.
     timer->interval = std::max<Micros>(toMicros(intervalSeconds), 100);
     timer->tick = std::move(tick);
-    state_->scheduleAt(state_->now + timer->interval, WorkItem{{}, timer});
+    // A timer on the main run loop in its default mode, as the platform schedules it.
+    state_->scheduleAt(state_->now + timer->interval,
+                       WorkItem{{}, timer, WorkKind::runLoopSource, defaultModeOnly});
     return Subscription([timer] {
         timer->cancelled = true;
         timer->tick = nullptr;

@@ -56,6 +56,27 @@ struct AppSpec {
     AXError observerError = axerror::success;
 };
 
+// The modes the main run loop runs in: its own, a modal alert's (NSModalPanelRunLoopMode) and
+// an open menu's (NSEventTrackingRunLoopMode).
+enum class RunLoopMode { defaultMode, modalPanel, eventTracking };
+
+// The user of a scenario: the moment of their next action, and the action. The main thread's
+// run loop (nested loops included) takes the actions in due order with the desktop's work.
+class UserScript {
+  public:
+    virtual std::optional<Date> nextActionTime() = 0;
+    virtual void runNextAction() = 0;
+
+  protected:
+    ~UserScript() = default;
+};
+
+// A stretch of time the main thread spent blocked in Accessibility calls without a break.
+struct Stall {
+    Date start;
+    double seconds = 0;
+};
+
 // One quit request as the desktop saw it.
 struct QuitRequest {
     Pid pid = 0;
@@ -101,6 +122,34 @@ class SimDesktop final : public Accessibility,
     // Runs work already due now (notifications just posted, zero-delay items).
     void runDue();
     std::size_t pendingWorkCount() const;
+
+    // ---- The main thread (SimMainThread.cpp) ----
+    // Runs the scripted user's actions in due order with the desktop's work, then what is due.
+    void runScript(UserScript& script);
+    RunLoopMode currentRunLoopMode() const;
+    int nestedLoopDepth() const;
+    bool isRunningMainQueueBlock() const;
+    // A nested run loop in `mode` for `seconds`, taking the user's actions meanwhile.
+    void runNestedLoop(RunLoopMode mode, double seconds);
+    // The user opens the menu-bar menu and keeps it open (event tracking) this long.
+    void trackMenu(double seconds);
+    // The next alert stays on screen this long before it is answered.
+    void holdNextAlert(double seconds);
+    bool isAlertOnScreen() const;
+    // What an answered Accessibility call costs the main thread (0.1 ms by default).
+    void setReadCost(double seconds);
+    // The app stops answering Accessibility calls (for `seconds`, or until `recoverApp`).
+    void hangApp(Pid pid, std::optional<double> seconds);
+    void recoverApp(Pid pid);
+    bool isHung(Pid pid) const;
+    // The time-out a call to the element waits for: its own, else the system-wide element's,
+    // else the platform default of 6 s.
+    double effectiveMessagingTimeout(ElementId id) const;
+    std::optional<float> systemWideMessagingTimeout() const;
+    // The stretches of 1 ms or more the main thread was blocked in Accessibility calls
+    // without a break, oldest first; and all the time it spent blocked.
+    const std::vector<Stall>& stalls() const;
+    double blockedSeconds() const;
 
     // ---- Applications ----
     // An application already running (no launch notification). A process id that already
@@ -293,6 +342,7 @@ class SimDesktop final : public Accessibility,
 
     // ---- Platform interfaces (the seam) ----
     AXElement createApplication(Pid pid) override;
+    AXError setSystemWideMessagingTimeout(float seconds) override;
     std::unique_ptr<AXObserver> createObserver(Pid pid, AXObserverCallback callback,
                                                AXError& error) override;
     bool isProcessTrusted() override;
@@ -327,7 +377,10 @@ class SimDesktop final : public Accessibility,
     std::optional<std::string> registerItem() override;
     std::optional<std::string> unregisterItem() override;
 
-    long runModal(const AlertSpec& alert) override;
+    void present(const AlertSpec& alert, std::function<void(long)> completion) override;
+    // Runs an alert modally right here, as NSAlert's runModal does (a nested loop while it is
+    // held on screen); the answer.
+    long runModal(const AlertSpec& alert);
     void setString(const std::string& text) override;
 
     void send(const HttpRequest& request, std::function<void(HttpResult)> completion) override;

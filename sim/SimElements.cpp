@@ -91,6 +91,8 @@ AXError SimDesktop::State::read(ElementId id, const std::string& attribute,
     ++readsByElement[{id, attribute}];
     value.reset();
     if (readHook) readHook(id, attribute);
+    // The call blocks the main thread until the app answers or the time-out passes.
+    if (AXError late = spendReadTime(id); !late.isSuccess()) return late;
 
     const Element* e = find(id);
     if (!e) return id == 0 ? axerror::cannotComplete : axerror::invalidUIElement;
@@ -295,7 +297,7 @@ void SimDesktop::State::scheduleClose(ElementId id) {
     if (!w || w->closeScheduled) return;
     w->closeScheduled = true;
     Pid pid = w->pid;
-    schedule(w->desc.closeDelay, [this, id, pid] {
+    scheduleWorld(w->desc.closeDelay, [this, id, pid] {
         Element* window = liveWindow(id);
         if (!window) return;
         window->closeScheduled = false;
@@ -319,7 +321,7 @@ void SimDesktop::State::lastWindowCheck(Pid pid) {
     std::shared_ptr<AppRecord> app = runningAppRef(pid);
     if (!app || !app->desc.quitsWithLastWindow || !windowsOf(pid).empty()) return;
     std::weak_ptr<AppRecord> weak = app;
-    schedule(0.1, [this, weak, pid] {
+    scheduleWorld(0.1, [this, weak, pid] {
         auto a = weak.lock();
         if (!a || !a->running || !windowsOf(pid).empty()) return;
         terminate(pid);

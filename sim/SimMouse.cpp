@@ -79,18 +79,20 @@ void SimDesktop::release(Point point) {
     if (!button.present || button.enabled == std::optional<bool>(false)) return;
     if (!w->sheets.empty()) return;       // modal to its sheet: the button does nothing
     if (s.showsAppModal(w->pid)) return;  // an app-modal alert holds every other window
-    if (pressed->modifiers & modifier::option) {
+    // A hung app sees the click when it answers again.
+    auto act = [&s, id, pid = w->pid, modifiers = pressed->modifiers] {
+        if (!s.liveWindow(id)) return;
+        if (!(modifiers & modifier::option)) return s.requestClose(id);
         // Option-click closes every window of the application that can close.
-        for (ElementId other : s.windowsOf(w->pid)) {
+        for (ElementId other : s.windowsOf(pid)) {
             const Element* o = s.liveWindow(other);
             if (!o || !o->desc.closeButton.present) continue;
             if (o->desc.closeButton.enabled == std::optional<bool>(false)) continue;
             if (!o->sheets.empty()) continue;
             s.requestClose(other);
         }
-    } else {
-        s.requestClose(id);
-    }
+    };
+    if (!s.deferWhileHung(w->pid, act)) act();
 }
 
 bool SimDesktop::isPressed() const {

@@ -29,6 +29,14 @@ AXError SimObserver::addNotification(const AXElement& element, const std::string
     if (!sim) return axerror::illegalArgument;
     const Element* e = state_->find(sim->id());
     if (!e || !e->alive) return axerror::invalidUIElement;
+    // Registering is a message to the app: it waits for an app that does not answer, and
+    // an app still starting up may refuse it (the pseudo-attribute "register").
+    if (AXError late = state_->spendReadTime(sim->id()); !late.isSuccess()) return late;
+    if (auto inj = state_->injected.find({sim->id(), "register"}); inj != state_->injected.end()) {
+        AXError error = inj->second.error;
+        if (inj->second.remaining > 0 && --inj->second.remaining == 0) state_->injected.erase(inj);
+        return error;
+    }
     for (const Registration& reg : r->registrations)
         if (reg.element == sim->id() && reg.notification == notification)
             return axerror::notificationAlreadyRegistered;
@@ -37,7 +45,10 @@ AXError SimObserver::addNotification(const AXElement& element, const std::string
 }
 
 void SimObserver::addRunLoopSourceToMainRunLoop() {
-    if (ObserverRecord* r = record()) r->sourceOnRunLoop = true;
+    if (ObserverRecord* r = record()) {
+        r->sourceOnRunLoop = true;
+        r->sourceModes = commonModes;
+    }
 }
 
 void SimObserver::removeRunLoopSourceFromMainRunLoop() {
@@ -51,7 +62,11 @@ void SimDesktop::State::post(ElementId registeredOn, const std::string& notifica
             if (reg.element != registeredOn || reg.notification != notification) continue;
             std::uint64_t oid = observerId;
             void* refcon = reg.refcon;
-            schedule(0, [this, oid, notification, subject, refcon] {
+            // The observer's run-loop source fires only in the modes it was added for.
+            WorkItem item;
+            item.kind = WorkKind::runLoopSource;
+            item.modes = rec.sourceModes != 0 ? rec.sourceModes : commonModes;
+            item.work = [this, oid, notification, subject, refcon] {
                 auto it = observers.find(oid);
                 // Dropped when the observer is gone or its source is off the run loop.
                 if (it == observers.end() || !it->second.sourceOnRunLoop || !it->second.object)
@@ -59,7 +74,8 @@ void SimDesktop::State::post(ElementId registeredOn, const std::string& notifica
                 AXObserverCallback callback = it->second.callback;
                 SimObserver* object = it->second.object;
                 if (callback) callback(*object, handle(subject), notification, refcon);
-            });
+            };
+            scheduleAt(now, std::move(item));
         }
     }
 }

@@ -1,5 +1,5 @@
 // The smaller services: Accessibility trust, the login item, the bundle and machine facts,
-// modal alerts, the pasteboard and HTTP with canned replies.
+// the pasteboard and HTTP with canned replies.
 
 #include <utility>
 
@@ -84,23 +84,7 @@ void SimDesktop::setMachine(const std::string& machine, SystemInfo::OSVersion ve
     state_->osVersion = version;
 }
 
-// ---- Alerts and pasteboard ----
-
-long SimDesktop::runModal(const AlertSpec& alert) {
-    state_->alerts.push_back(alert);
-    if (state_->alertAnswers.empty()) return Alerts::firstButtonReturn;
-    long answer = state_->alertAnswers.front();
-    state_->alertAnswers.erase(state_->alertAnswers.begin());
-    return answer;
-}
-
-void SimDesktop::queueAlertAnswer(long response) {
-    state_->alertAnswers.push_back(response);
-}
-
-const std::vector<AlertSpec>& SimDesktop::shownAlerts() const {
-    return state_->alerts;
-}
+// ---- Pasteboard ----
 
 void SimDesktop::setString(const std::string& text) {
     state_->pasteboard = text;

@@ -92,6 +92,7 @@ struct ObserverRecord {
     AXObserverCallback callback = nullptr;
     SimObserver* object = nullptr;
     bool sourceOnRunLoop = false;
+    unsigned sourceModes = 0;  // the run-loop modes its source was added for
     std::vector<Registration> registrations;
 };
 
@@ -102,9 +103,50 @@ struct RepeatingTimer {
     bool cancelled = false;
 };
 
+// Who runs a work item. The other processes (apps closing windows, quitting) go on at their
+// own pace whatever Quelto's main thread does. Main-queue blocks run in the common modes,
+// but never while another main-queue block is still running (the main dispatch queue is
+// serial). A run-loop source (an observer's, a timer's) fires only in the modes it was
+// added for.
+enum class WorkKind { world, mainQueue, runLoopSource };
+
+// Run-loop modes as a set of bits.
+inline constexpr unsigned modeBit(RunLoopMode mode) {
+    return 1u << static_cast<unsigned>(mode);
+}
+inline constexpr unsigned defaultModeOnly = modeBit(RunLoopMode::defaultMode);
+inline constexpr unsigned commonModes = modeBit(RunLoopMode::defaultMode) |
+                                        modeBit(RunLoopMode::modalPanel) |
+                                        modeBit(RunLoopMode::eventTracking);
+
 struct WorkItem {
     std::function<void()> work;
     std::shared_ptr<RepeatingTimer> timer;  // set for the ticks of a repeating timer
+    WorkKind kind = WorkKind::mainQueue;
+    unsigned modes = commonModes;  // run-loop sources: the modes they fire in
+};
+
+// Quelto's main thread: the run-loop modes it is in (nested loops push theirs), whether a
+// main-queue block is running, the reads that block it, and the scripted user whose actions
+// the run loop takes in due order.
+struct MainThread {
+    std::vector<RunLoopMode> modes;  // the nested loops' modes, innermost last
+    int mainQueueBlocks = 0;         // main-queue blocks running (nested loops inside them)
+    int blocked = 0;                 // > 0 while a read blocks the thread
+    UserScript* script = nullptr;
+    Micros readCost = 100;            // an answered read: 0.1 ms
+    float systemWideTimeout = 0;      // 0: the platform default
+    std::map<Pid, Micros> hungUntil;  // apps that do not answer, until then
+    // What hung apps do once they answer again (the user's clicks they have not seen yet).
+    std::map<Pid, std::vector<std::function<void()>>> afterHang;
+    // The stretch of blocked time being measured, and the stretches so far.
+    Micros stallStart = 0;
+    Micros stallLength = 0;
+    std::vector<Stall> stalls;
+    Micros blockedTotal = 0;
+    // Alerts: how long the next one stays on screen, and whether one is.
+    std::optional<Micros> holdNextAlert;
+    int alertsOnScreen = 0;
 };
 
 // A workspace observer; its subscription only flips `active`.
@@ -134,9 +176,28 @@ struct SimDesktop::State {
 
     void schedule(double delaySeconds, std::function<void()> work,
                   std::shared_ptr<RepeatingTimer> timer = nullptr);
+    // Work of another process, done at its moment even while the main thread is blocked.
+    void scheduleWorld(double delaySeconds, std::function<void()> work);
     void scheduleAt(Micros due, WorkItem item);
-    // Runs the first item due at or before `limit`; false when there is none.
+    // Runs the first item that may run now and is due at or before `limit`, or the scripted
+    // user's next action when it comes first; false when there is neither.
     bool runNext(Micros limit);
+
+    // ---- The main thread (SimMainThread.cpp) ----
+    MainThread main;
+    bool mayRun(const WorkItem& item) const;
+    RunLoopMode currentMode() const;
+    // A nested run loop in `mode` until `until` (a modal alert, a tracked menu).
+    void runNestedLoop(RunLoopMode mode, Micros until);
+    // The main thread is blocked for `length`: the other processes go on meanwhile.
+    void block(Micros length);
+    // The stretch of blocked time ends (the thread is back in its run loop).
+    void endStall();
+    // The time a read of `id` takes, and its failure when the app does not answer in time.
+    AXError spendReadTime(ElementId id);
+    // When the app is hung, keeps `act` for the moment it answers again, and says so.
+    bool deferWhileHung(Pid pid, std::function<void()> act);
+    double messagingTimeout(const Element& e) const;
 
     // ---- Elements ----
     ElementId nextElement = 1;

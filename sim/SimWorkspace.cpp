@@ -23,7 +23,7 @@ bool SimRunningApplication::terminate() {
     if (app->desc.declinesQuit) return true;
     std::weak_ptr<AppRecord> weak = app;
     Pid pid = spec_.pid;
-    s.schedule(app->desc.quitDelay, [&s, weak, pid] {
+    s.scheduleWorld(app->desc.quitDelay, [&s, weak, pid] {
         auto a = weak.lock();
         if (a && a->running) s.terminate(pid);
     });

@@ -75,6 +75,7 @@ std::string formatReport(const RunResult& result, const ReportOptions& options) 
         out += *result.config;
         if (!result.config->empty() && result.config->back() != '\n') out += "\n";
     }
+    if (result.mainThread) out += "\n==> Quelto’s main thread <==\n" + *result.mainThread + "\n";
     for (const Screen& s : result.screens) {
         out += "\n==> " + s.title + " · " + s.time.substr(0, 8) + " (line " +
                std::to_string(s.line) + ") <==\n";

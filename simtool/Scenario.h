@@ -3,6 +3,7 @@
 // steps in file order. Each step is one line of the file, already checked, ready to run
 // against a ScenarioRunner.
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -32,6 +33,8 @@ struct Step {
     int line = 0;
     std::string command;  // the first word, for messages
     std::function<void(ScenarioRunner&)> perform;
+    // The step's moment, from the scenario's start; time steps (wait, at) end there.
+    std::int64_t atMicros = 0;
 };
 
 struct Scenario {

@@ -50,6 +50,7 @@ void Parser::expectCommand(Args& args) {
         {"alert", "expect [no] alert \"TEXT\""},
         {"dock-icon", "expect [no] dock-icon"},
         {"opened", "expect [no] opened \"TEXT\""},
+        {"stall", "expect stall at most|at least DURATION"},
     };
     if (auto u = usages.find(*subject); u != usages.end()) args.setUsage(u->second);
     if (*subject == "log") return expectLog(args, negated);
@@ -68,16 +69,17 @@ void Parser::expectCommand(Args& args) {
     }
     if (*subject == "config") return expectConfig(args, negated);
     if (*subject == "opened") return expectOpened(args, negated);
+    if (*subject == "stall") return expectStall(args, negated);
     if (*subject == "frontmost") {
         if (negated) return args.fail("write expect frontmost APP or expect frontmost none");
         return expectFrontmost(args);
     }
     if (expectInterface(args, negated, *subject)) return;
     if (!args.ok()) return;
-    std::vector<std::string> subjects = {"log",           "journal", "running",   "asked-to-quit",
-                                         "quit-requests", "window",  "config",    "frontmost",
-                                         "menu",          "icon",    "tooltip",   "settings",
-                                         "pasteboard",    "alert",   "dock-icon", "opened"};
+    std::vector<std::string> subjects = {
+        "log",        "journal",   "running",   "asked-to-quit", "quit-requests", "window",
+        "config",     "frontmost", "menu",      "icon",          "tooltip",       "settings",
+        "pasteboard", "alert",     "dock-icon", "opened",        "stall"};
     std::string message = "unknown expectation " + inQuotes(*subject);
     if (auto near = closestWord(*subject, subjects))
         message += " (did you mean \"" + *near + "\"?)";

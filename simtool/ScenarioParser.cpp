@@ -41,7 +41,7 @@ void Parser::error(int line, const std::string& message) {
 
 void Parser::addStep(int line, const std::string& command,
                      std::function<void(ScenarioRunner&)> run) {
-    scenario.steps.push_back(Step{line, command, std::move(run)});
+    scenario.steps.push_back(Step{line, command, std::move(run), nowMicros});
 }
 
 void Parser::addExpectation(int line, std::function<void(ScenarioRunner&)> run) {
@@ -206,6 +206,15 @@ const std::vector<Parser::Command>& Parser::commands() {
          &Parser::injectCommand},
         {{"clear-errors", "clear-errors", "Injected Accessibility errors stop."},
          &Parser::clearErrorsCommand},
+        {{"hang", "hang APP [for DURATION] | hang APP off",
+          "The app stops answering Accessibility calls (for a while, or until hang APP off): "
+          "each call waits for the element's messaging time-out, then fails with "
+          "cannotComplete, and Quelto's main thread waits with it."},
+         &Parser::hangCommand},
+        {{"keep-open", "keep-open menu for DURATION | keep-open alert for DURATION",
+          "The user opens the menu-bar menu and keeps it open that long, or leaves the next "
+          "alert on screen that long before answering it; the scenario goes on meanwhile."},
+         &Parser::keepOpenCommand},
         {{"wait", "wait DURATION", "Time passes (2.5, 2.5s, 250ms, 2m)."}, &Parser::waitCommand},
         {{"at", "at [YYYY-MM-DD] HH:MM[:SS[.mmm]]",
           "Time passes up to this moment (never backwards)."},

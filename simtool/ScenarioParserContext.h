@@ -214,6 +214,10 @@ class Parser {
     // ScenarioOpenedCommands.cpp
     void showOpened(Args& args);
     void expectOpened(Args& args, bool negated);
+    // ScenarioTimingCommands.cpp
+    void hangCommand(Args& args);
+    void keepOpenCommand(Args& args);
+    void expectStall(Args& args, bool negated);
 
     std::vector<Diagnostic> errors_;
     std::string pendingConfigText_;

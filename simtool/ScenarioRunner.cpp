@@ -1,6 +1,7 @@
 #include "simtool/ScenarioRunner.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -85,21 +86,39 @@ RunResult ScenarioRunner::run() {
     desktop_->addApp(own);
     declareApp("Quelto", own);
 
-    for (const Step& step : scenario_.steps) {
-        if (stopped_) break;
-        step.perform(*this);
-        if (stopped_) break;
-        desktop_->runDue();
-        if (host_ && host_->terminateRequested() && controller_) {
-            // Quelto has quit: its process ends, and the engine with it.
-            controller_.reset();
-            if (desktop_->isRunning(scenario_.ownPid)) desktop_->terminateApp(scenario_.ownPid);
-            desktop_->runDue();
-        }
-    }
+    // The steps happen at their moments, taken by Quelto's main thread in due order with its
+    // own work: a step whose moment falls while the thread is blocked happens once it is
+    // free; one that falls inside a nested loop (an alert, an open menu) happens inside it.
+    desktop_->runScript(*this);
     result_.completed = !stopped_;
     finish(result_);
     return result_;
+}
+
+std::optional<Date> ScenarioRunner::nextActionTime() {
+    if (stopped_ || nextStep_ >= scenario_.steps.size()) return std::nullopt;
+    // While a step's consequences settle, the next step waits, unless they include a nested
+    // loop (an alert on screen): the user goes on acting inside it.
+    if (settling_ && desktop_->nestedLoopDepth() == 0) return std::nullopt;
+    return scenario_.start + static_cast<double>(scenario_.steps[nextStep_].atMicros) / 1e6;
+}
+
+void ScenarioRunner::runNextAction() {
+    const Step& step = scenario_.steps[nextStep_++];
+    // Time steps only mark a moment: the main thread's loop has brought the clock there.
+    if (step.command == "wait" || step.command == "at") return;
+    step.perform(*this);
+    if (stopped_ || desktop_->nestedLoopDepth() > 0 || desktop_->isRunningMainQueueBlock()) return;
+    // What the step set off now happens before anything else the scenario does.
+    settling_ = true;
+    desktop_->runDue();
+    settling_ = false;
+    if (host_ && host_->terminateRequested() && controller_) {
+        // Quelto has quit: its process ends, and the engine with it.
+        controller_.reset();
+        if (desktop_->isRunning(scenario_.ownPid)) desktop_->terminateApp(scenario_.ownPid);
+        desktop_->runDue();
+    }
 }
 
 void ScenarioRunner::prepareFiles() {
@@ -117,6 +136,19 @@ void ScenarioRunner::finish(RunResult& result) {
     result.config = readConfig();
     if (result.config) *result.config = displayed(*result.config);
     checkInvariants(result);
+    const auto& stalls = desktop_->stalls();
+    auto longest = std::max_element(stalls.begin(), stalls.end(), [](const auto& a, const auto& b) {
+        return a.seconds < b.seconds;
+    });
+    if (longest != stalls.end() && longest->seconds >= 0.1) {
+        char text[160];
+        std::snprintf(text, sizeof text,
+                      "blocked in Accessibility calls for %.3f s in all; the longest stretch "
+                      "%.3f s, from %s",
+                      desktop_->blockedSeconds(), longest->seconds,
+                      timeOfDay(longest->start).c_str());
+        result.mainThread = text;
+    }
     if (!result.completed)
         result.exitStatus = 2;
     else if (result.expectationsFailed > 0)

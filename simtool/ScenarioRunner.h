@@ -51,9 +51,12 @@ struct RunResult {
     std::vector<Screen> screens;
     std::string logPath;     // as shown
     std::string configPath;  // as shown
+    // How long Quelto's main thread was blocked in Accessibility calls, when it noticeably
+    // was (a stretch of 0.1 s or more).
+    std::optional<std::string> mainThread;
 };
 
-class ScenarioRunner {
+class ScenarioRunner final : private sim::UserScript {
   public:
     explicit ScenarioRunner(const Scenario& scenario);
     ~ScenarioRunner();
@@ -127,7 +130,14 @@ class ScenarioRunner {
     // Applies the private home's display name to a text.
     std::string displayed(const std::string& text) const;
 
+    // The main thread's stalls an `expect stall` has already looked at.
+    std::size_t stallsSeen = 0;
+
   private:
+    // The scenario's steps as the user's actions, taken by the desktop's main thread.
+    std::optional<Date> nextActionTime() override;
+    void runNextAction() override;
+
     void prepareFiles();
     void finish(RunResult& result);
     void checkInvariants(RunResult& result);
@@ -143,6 +153,8 @@ class ScenarioRunner {
     Point pressPoint_;
     bool started_ = false;
     bool stopped_ = false;
+    std::size_t nextStep_ = 0;
+    bool settling_ = false;  // running what a step set off, before the next step
     RunResult result_;
 };
 

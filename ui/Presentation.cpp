@@ -78,11 +78,11 @@ std::string bundleStringOrQuestionMark(const std::string& key) {
 void reportLoginItemFailure(const std::string& error) {
     log("could not change the login item: " + error);
     if (Alerts* alerts = platform().alerts) {
-        alerts->runModal(AlertSpec{
-            "Couldn’t change the login setting",
-            error +
-                "\n\nYou can also set this yourself in System Settings → General → Login Items.",
-            {}});
+        alerts->present(AlertSpec{"Couldn’t change the login setting",
+                                  error + "\n\nYou can also set this yourself in System Settings → "
+                                          "General → Login Items.",
+                                  {}},
+                        nullptr);
     }
 }
 

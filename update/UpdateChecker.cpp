@@ -1,6 +1,7 @@
 #include "update/UpdateChecker.h"
 
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <map>
 #include <utility>
@@ -65,9 +66,13 @@ std::optional<std::int64_t> exactInteger(const nlohmann::json& value) {
     return std::nullopt;  // strings, booleans, null, arrays, objects
 }
 
-long runAlert(const AlertSpec& alert) {
-    Alerts* alerts = platform().alerts;
-    return alerts ? alerts->runModal(alert) : Alerts::firstButtonReturn;
+// Shows the alert (it runs from the main run loop, after the caller's block has returned)
+// and hands its answer to `then`.
+void showAlert(const AlertSpec& alert, std::function<void(long)> then) {
+    if (Alerts* alerts = platform().alerts)
+        alerts->present(alert, std::move(then));
+    else if (then)
+        then(Alerts::firstButtonReturn);
 }
 
 void open(const std::string& url) {
@@ -253,22 +258,26 @@ void UpdateChecker::present(const Latest& latest) {
     if (build < latest.build) {
         log("update available: " + latest.version + " build " + std::to_string(latest.build) +
             " at " + latest.url);
-        if (runAlert(updateAvailableAlert(latest, version, build)) == Alerts::firstButtonReturn) {
-            log("opening the download for " + latest.version);
-            open(latest.url);
-        }
+        showAlert(updateAvailableAlert(latest, version, build),
+                  [offered = latest.version, url = latest.url](long response) {
+                      if (response != Alerts::firstButtonReturn) return;
+                      log("opening the download for " + offered);
+                      open(url);
+                  });
     } else {
         log("up to date — the site offers " + latest.version + " build " +
             std::to_string(latest.build));
-        runAlert(upToDateAlert(version, build));
+        showAlert(upToDateAlert(version, build), nullptr);
     }
 }
 
 void UpdateChecker::present(const std::optional<std::string>& failure) {
     log("update check failed: " + (failure ? *failure : std::string("no detail")));
     Site where = site();
-    if (runAlert(failureAlert(failure, where.host)) == Alerts::secondButtonReturn)
-        open(where.url + "/changelog");
+    showAlert(failureAlert(failure, where.host),
+              [changelog = where.url + "/changelog"](long response) {
+                  if (response == Alerts::secondButtonReturn) open(changelog);
+              });
 }
 
 }  // namespace quelto

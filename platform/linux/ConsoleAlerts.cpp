@@ -7,7 +7,7 @@ namespace quelto {
 
 ConsoleAlerts::ConsoleAlerts(std::ostream& out, long answer) : out_(out), answer_(answer) {}
 
-long ConsoleAlerts::runModal(const AlertSpec& alert) {
+void ConsoleAlerts::present(const AlertSpec& alert, std::function<void(long)> completion) {
     if (beforePrinting_) beforePrinting_();
     ++shown_;
     // An alert without buttons of its own has the single default button.
@@ -44,7 +44,7 @@ long ConsoleAlerts::runModal(const AlertSpec& alert) {
     out_ << "  answered: \"" << buttons[static_cast<std::size_t>(index)] << "\" (" << response
          << ")\n";
     out_.flush();
-    return response;
+    if (completion) completion(response);
 }
 
 }  // namespace quelto

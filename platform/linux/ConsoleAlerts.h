@@ -1,5 +1,5 @@
 #pragma once
-// Modal alerts on a terminal: each alert is printed (message, informative text, buttons) and
+// Alerts on a terminal: each alert is printed (message, informative text, buttons) and
 // answered with a preset button, as a user would have clicked it.
 
 #include <functional>
@@ -20,7 +20,8 @@ class ConsoleAlerts final : public Alerts {
     // written so far, so the output reads in order).
     void setBeforePrinting(std::function<void()> hook) { beforePrinting_ = std::move(hook); }
 
-    long runModal(const AlertSpec& alert) override;
+    // Prints the alert and answers it at once: a terminal has no run loop to hold.
+    void present(const AlertSpec& alert, std::function<void(long)> completion) override;
 
     int shownCount() const { return shown_; }
 

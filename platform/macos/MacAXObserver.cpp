@@ -42,15 +42,17 @@ AXError MacAXObserver::addNotification(const AXElement& element, const std::stri
 
 void MacAXObserver::addRunLoopSourceToMainRunLoop() {
     if (sourceOnMainRunLoop_) return;
+    // The common modes: the observer keeps delivering while an alert's modal loop or an open
+    // menu's tracking loop runs on the main thread, not only in the default mode.
     CFRunLoopAddSource(CFRunLoopGetMain(), AXObserverGetRunLoopSource(observer_),
-                       kCFRunLoopDefaultMode);
+                       kCFRunLoopCommonModes);
     sourceOnMainRunLoop_ = true;
 }
 
 void MacAXObserver::removeRunLoopSourceFromMainRunLoop() {
     if (!sourceOnMainRunLoop_) return;
     CFRunLoopRemoveSource(CFRunLoopGetMain(), AXObserverGetRunLoopSource(observer_),
-                          kCFRunLoopDefaultMode);
+                          kCFRunLoopCommonModes);
     sourceOnMainRunLoop_ = false;
 }
 

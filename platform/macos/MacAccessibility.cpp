@@ -11,6 +11,14 @@ AXElement MacAccessibility::createApplication(Pid pid) {
     return MacAXElement::adopt(AXUIElementCreateApplication(pid));
 }
 
+AXError MacAccessibility::setSystemWideMessagingTimeout(float seconds) {
+    AXUIElementRef systemWide = AXUIElementCreateSystemWide();
+    if (!systemWide) return axerror::failure;
+    ::AXError result = AXUIElementSetMessagingTimeout(systemWide, seconds);
+    CFRelease(systemWide);
+    return AXError(result);
+}
+
 std::unique_ptr<AXObserver> MacAccessibility::createObserver(Pid pid, AXObserverCallback callback,
                                                              AXError& error) {
     return MacAXObserver::create(pid, callback, error);

@@ -8,6 +8,7 @@ namespace quelto::mac {
 class MacAccessibility final : public Accessibility {
   public:
     AXElement createApplication(Pid pid) override;
+    AXError setSystemWideMessagingTimeout(float seconds) override;
     std::unique_ptr<AXObserver> createObserver(Pid pid, AXObserverCallback callback,
                                                AXError& error) override;
     bool isProcessTrusted() override;

@@ -7,7 +7,7 @@ namespace quelto::mac {
 
 class MacAlerts final : public Alerts {
   public:
-    long runModal(const AlertSpec& alert) override;
+    void present(const AlertSpec& alert, std::function<void(long)> completion) override;
 };
 
 }  // namespace quelto::mac

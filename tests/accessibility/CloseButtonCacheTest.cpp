@@ -80,6 +80,7 @@ TEST_F(WatcherTest, HitTestAmongManyWindows) {
 }
 
 TEST_F(WatcherTest, CustomChromeIsNotedOnceAcrossMoves) {
+    desktop.setReadCost(0);  // the note at the moment of attaching, the reads taking no time
     LogCapture capture;
     ElementId w = addWindow("Canvas");
     desktop.failAttribute(w, "AXCloseButton", axerror::noValue);
@@ -118,6 +119,7 @@ TEST_F(WatcherTest, CustomChromeNoteIsPerWindowAndComesBackAfterADestroyedWindow
 }
 
 TEST_F(WatcherTest, TransientFailureIsRetriedAtHalfOneAndAHalfAndThreeSeconds) {
+    desktop.setReadCost(0);  // the schedule alone, without the reads' own time
     ElementId w = addWindow("Slow");
     desktop.injectError(w, "AXCloseButton", axerror::cannotComplete, -1);
     std::vector<double> readTimes;
@@ -147,6 +149,7 @@ TEST_F(WatcherTest, RetryThatSucceedsCachesTheFrameAndStops) {
 }
 
 TEST_F(WatcherTest, EveryTriggerStartsItsOwnChain) {
+    desktop.setReadCost(0);  // the schedule alone, without the reads' own time
     ElementId w = addWindow("Slow");
     desktop.injectError(w, "AXCloseButton", axerror::cannotComplete, -1);
     std::vector<double> readTimes;

@@ -306,6 +306,9 @@ TEST_F(StatusItemTest, LoginItemFailureLogsAndShowsTheAlert) {
     model.toggleLoginItem();
     EXPECT_EQ(takeLog(), (uitest::Lines{"could not change the login item: The operation "
                                         "couldn’t be completed."}));
+    // The alert starts from the run loop, once the menu's action has returned.
+    EXPECT_TRUE(desktop.shownAlerts().empty());
+    desktop.runDue();
     ASSERT_EQ(desktop.shownAlerts().size(), 1u);
     EXPECT_EQ(desktop.shownAlerts()[0].messageText, "Couldn’t change the login setting");
     EXPECT_EQ(desktop.shownAlerts()[0].informativeText,

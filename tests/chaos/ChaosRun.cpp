@@ -38,17 +38,17 @@ std::string point(Point p) {
     return buffer;
 }
 
-std::string seconds(double s) {
-    char buffer[32];
-    std::snprintf(buffer, sizeof buffer, "%.3f s", s);
-    return buffer;
-}
-
 constexpr std::size_t recentKept = 40;
 constexpr std::size_t maxRunningApps = 10;  // besides Quelto
 constexpr std::size_t maxWindowsPerApp = 8;
 
 }  // namespace
+
+std::string seconds(double s) {
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, "%.3f s", s);
+    return buffer;
+}
 
 ChaosRun::ChaosRun(std::uint64_t seed)
     : random_(seed), seed_(seed), desktop_(std::make_unique<sim::SimDesktop>()) {
@@ -452,6 +452,10 @@ void ChaosRun::step() {
              }
          }},
         {5, [&] { injectError(); }},
+        {0.6, [&] { hangApp(); }},
+        {0.6, [&] { holdMenuOpen(); }},
+        {0.4, [&] { showAlert(); }},
+        {1, [&] { refuseRegistrations(); }},
         {0.7,
          [&] {
              note("clear injected errors");

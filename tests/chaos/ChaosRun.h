@@ -3,8 +3,9 @@
 // Quelto watches it (applications launching and quitting, clicks on close buttons and
 // elsewhere with modifiers held, red dots pressed and released on or off the button, windows
 // appearing, going, moving, stacked over each other, minimised, sent to other Spaces or into
-// full screen, apps hidden, Space switches, sheets and dialogs,
-// Accessibility reads failing, the user editing the configuration file by hand, time
+// full screen, apps hidden, Space switches, sheets and dialogs, Accessibility reads failing,
+// apps hanging, registrations refused, the menu-bar menu held open and alerts left on screen,
+// the user editing the configuration file by hand, time
 // passing), on the simulated desktop, with the program's promises checked after every step:
 //
 // - it never asks itself to quit, nor an application on the built-in never-quit list, nor
@@ -31,6 +32,9 @@
 #include "tests/chaos/ChaosRandom.h"
 
 namespace quelto::chaos {
+
+// A duration for the steps' record: "1.250 s".
+std::string seconds(double s);
 
 class ChaosRun {
   public:
@@ -82,6 +86,11 @@ class ChaosRun {
     void injectError();
     void oddAttribute();
     void editConfig();
+    // ChaosMainThread.cpp
+    void hangApp();
+    void holdMenuOpen();
+    void showAlert();
+    void refuseRegistrations();
     void note(const std::string& event);
 
     bool check();

@@ -49,6 +49,9 @@ class EngineTest : public ::testing::Test {
     void SetUp() override {
         desktop.install();
         desktop.setOwnPid(ownPid);
+        // The engine's decisions at the moments the design gives them: reads take no time
+        // here (what they cost the main thread is the scenarios' and the desktop's tests').
+        desktop.setReadCost(0);
         ActivityTestSeam::startEmpty();
         LogCapture::shared().attach();
         LogCapture::shared().take();

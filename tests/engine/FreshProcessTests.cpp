@@ -100,6 +100,8 @@ class DeafWorkspace final : public ForwardingWorkspace {
 TEST(FreshProcess, AWatcherLeftForADeadProcessIsReplacedAtTheNewLaunch) {
     sim::SimDesktop desktop;
     desktop.install();
+    // The attach at the moment the design gives it: reads take no time here.
+    desktop.setReadCost(0);
     desktop.setOwnPid(500);
     DeafWorkspace workspace(desktop);
     installPlatform(Platform{.workspace = &workspace}, false);

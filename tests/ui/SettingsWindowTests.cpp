@@ -351,6 +351,7 @@ TEST_F(SettingsWindowTest, LoginBoxFailureAlertsAndPutsTheBoxBack) {
     desktop.setLoginItemError("Access denied");
     model.toggleLoginItem(true);
     EXPECT_EQ(takeLog(), (Lines{"could not change the login item: Access denied"}));
+    desktop.runDue();  // the alert starts from the run loop
     ASSERT_EQ(desktop.shownAlerts().size(), 1u);
     EXPECT_EQ(desktop.shownAlerts()[0],
               (AlertSpec{"Couldn’t change the login setting",

@@ -106,6 +106,22 @@ TEST_F(UpdateCheckerSim, OlderBuildIsOfferedTheDownload) {
     EXPECT_EQ(desktop.openedURLs(), Strings{kDownload});
 }
 
+TEST_F(UpdateCheckerSim, TheAlertRunsFromTheRunLoopNotInsideTheMainQueueBlock) {
+    // Left on screen for 30 s: the main queue keeps running meanwhile, and the answer comes
+    // back once the user gives it.
+    desktop.setHttpReply(kEndpoint, ok(offer("42")));
+    desktop.holdNextAlert(30);
+    bool ranUnderTheAlert = false;
+    desktop.asyncAfter(5, [&] { ranUnderTheAlert = desktop.isAlertOnScreen(); });
+    UpdateChecker::check(nullptr);
+    desktop.advance(40);
+    EXPECT_TRUE(ranUnderTheAlert);
+    EXPECT_FALSE(desktop.isAlertOnScreen());
+    EXPECT_EQ(logged.messages(), (Strings{"checking for updates (this build is 1.1, build 41)",
+                                          "update available: 1.2 build 42 at " + kDownload,
+                                          "opening the download for 1.2"}));
+}
+
 TEST_F(UpdateCheckerSim, NotNowDoesNothingMore) {
     desktop.setHttpReply(kEndpoint, ok(offer("42")));
     desktop.queueAlertAnswer(Alerts::secondButtonReturn);

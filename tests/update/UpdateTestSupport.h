@@ -43,13 +43,17 @@ class RecordingButton final : public UpdateButton {
 // Records each alert and answers with the queued responses (the first button otherwise).
 class RecordingAlerts final : public Alerts {
   public:
-    long runModal(const AlertSpec& alert) override {
-        std::lock_guard<std::mutex> lock(mutex_);
-        shown_.push_back(alert);
-        if (answers_.empty()) return firstButtonReturn;
-        long answer = answers_.front();
-        answers_.pop_front();
-        return answer;
+    void present(const AlertSpec& alert, std::function<void(long)> completion) override {
+        long answer = firstButtonReturn;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            shown_.push_back(alert);
+            if (!answers_.empty()) {
+                answer = answers_.front();
+                answers_.pop_front();
+            }
+        }
+        if (completion) completion(answer);
     }
     void queueAnswer(long answer) {
         std::lock_guard<std::mutex> lock(mutex_);

@@ -1,0 +1,91 @@
+// The watcher's observer registrations, tried again when the app cannot take them yet. An app
+// attached half a second after its launch is often still starting and answers cannot-complete;
+// without a retry, every later window of that app would go unannounced. The registrations
+// still missing are tried again after 0.5, 1, 2 and 4 s (holding the watcher weakly), and one
+// log line says so when the last try fails too.
+
+#include <string>
+#include <vector>
+
+#include "accessibility/AppWatcher.h"
+#include "accessibility/WindowClassification.h"
+#include "platform/Platform.h"
+#include "settings/Log.h"
+
+namespace quelto {
+
+namespace {
+
+// The delays before the second, third, … try.
+constexpr double retryDelays[] = {0.5, 1.0, 2.0, 4.0};
+constexpr int tries = 1 + static_cast<int>(std::size(retryDelays));
+
+// Errors an app answers while it is busy or still starting: worth another try. Anything else
+// (an element gone, a notification the element does not support) is final.
+bool isTransient(AXError error) {
+    return error == axerror::cannotComplete || error == axerror::failure;
+}
+
+std::string joined(const std::vector<std::string>& names) {
+    std::string out;
+    for (const std::string& n : names) out += (out.empty() ? "" : ", ") + n;
+    return out;
+}
+
+}  // namespace
+
+std::vector<std::string> AppWatcher::registerNotifications(const AXElement& element,
+                                                           const std::vector<std::string>& names,
+                                                           AXError& lastError) {
+    std::vector<std::string> again;
+    for (const std::string& name : names) {
+        AXError error = observer_->addNotification(element, name, this);
+        if (error.isSuccess() || error == axerror::notificationAlreadyRegistered) continue;
+        // A refusal that will not change is left alone: the element is watched with fewer
+        // notifications.
+        if (!isTransient(error)) continue;
+        again.push_back(name);
+        lastError = error;
+    }
+    return again;
+}
+
+void AppWatcher::registerAppNotifications(std::vector<std::string> names, int attempt) {
+    if (!observer_) return;
+    AXError error;
+    std::vector<std::string> again = registerNotifications(appElement_, names, error);
+    if (again.empty()) return;
+    if (attempt >= tries) {
+        quelto::log(name + " did not take " + joined(again) + " (" + error.name() + ") after " +
+                    std::to_string(tries) +
+                    " tries — its new windows are found only at each close decision");
+        return;
+    }
+    MainQueue* queue = platform().mainQueue;
+    if (!queue) return;
+    queue->asyncAfter(retryDelays[attempt - 1], [weak = weak_from_this(), again, attempt] {
+        if (auto self = weak.lock()) self->registerAppNotifications(again, attempt + 1);
+    });
+}
+
+void AppWatcher::registerWindowNotifications(const AXElement& window,
+                                             std::vector<std::string> names, int attempt) {
+    // A window closed meanwhile needs nothing more.
+    if (!observer_ || !watchedWindows_.count(WindowRef{window})) return;
+    AXError error;
+    std::vector<std::string> again = registerNotifications(window, names, error);
+    if (again.empty()) return;
+    if (attempt >= tries) {
+        quelto::log(name + " did not take " + joined(again) + " (" + error.name() +
+                    ") for its window \"" + windowTitle(window) + "\" after " +
+                    std::to_string(tries) + " tries — closing it may go unnoticed");
+        return;
+    }
+    MainQueue* queue = platform().mainQueue;
+    if (!queue) return;
+    queue->asyncAfter(retryDelays[attempt - 1], [weak = weak_from_this(), window, again, attempt] {
+        if (auto self = weak.lock()) self->registerWindowNotifications(window, again, attempt + 1);
+    });
+}
+
+}  // namespace quelto

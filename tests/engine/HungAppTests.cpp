@@ -1,0 +1,62 @@
+// No Accessibility call holds the engine's main thread for more than a second: the start sets
+// the system-wide time-out, so a hung app's windows give up after one second too, and a click
+// on another app made meanwhile is still attributed once the thread is free.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/engine/EngineFixture.h"
+
+namespace quelto::enginetest {
+namespace {
+
+class HungAppTest : public EngineTest {
+  protected:
+    void SetUp() override {
+        EngineTest::SetUp();
+        desktop.setReadCost(0.0001);  // here the reads' time is the point
+        writeConfig("live = true\nmode = red-dot\narm = *\n");
+    }
+
+    double longestStall() const {
+        double longest = 0;
+        for (const sim::Stall& s : desktop.stalls()) longest = std::max(longest, s.seconds);
+        return longest;
+    }
+};
+
+TEST_F(HungAppTest, TheStartSetsTheSystemWideTimeOutToOneSecond) {
+    EXPECT_EQ(desktop.systemWideMessagingTimeout(), std::nullopt);
+    startEngine();
+    EXPECT_EQ(desktop.systemWideMessagingTimeout(), std::optional<float>(1.0f));
+}
+
+TEST_F(HungAppTest, AHungAppHoldsTheMainThreadSecondsNotMinutes) {
+    constexpr Pid pages = 102;
+    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+    desktop.addApp(appSpec(pages, "com.apple.iWork.Pages", "Pages"));
+    auto letter = addWindow(pages, "Letter");
+    addWindow(pages, "Draft");
+    auto notes = addWindow(textEdit, "Notes");
+    addWindow(textEdit, "Report");
+    startEngine();
+    desktop.advance(10);
+
+    // Pages hangs; its red dot is clicked (the title read, the dialog check), then it closes a
+    // window itself a few seconds later (the decision's reads).
+    desktop.hangApp(pages, std::nullopt);
+    clickClose(letter);
+    desktop.asyncAfter(0.5, [&] { clickClose(notes); });  // TextEdit, meanwhile
+    desktop.advance(20);
+    EXPECT_LE(longestStall(), 3.01);
+    EXPECT_GE(longestStall(), 2.99);  // the dialog check: alive, sheets, the app's dialogs
+
+    ASSERT_FALSE(journal().empty());
+    EXPECT_EQ(journal()[0].app, "TextEdit");
+    EXPECT_EQ(journal()[0].cause, "red dot");
+    EXPECT_TRUE(journal()[0].quit);
+}
+
+}  // namespace
+}  // namespace quelto::enginetest
