@@ -182,9 +182,9 @@ TEST_F(SimStacking, AXWindowsListsOnlyTheCurrentSpacesWindows) {
 }
 
 TEST_F(SimStacking, AWindowOpensOnTheSpaceItNames) {
-    WindowSpec spec = testing::window("Later");
-    spec.space = 3;
-    ElementId later = desktop.addWindow(2, spec);
+    WindowSpec desc = testing::window("Later");
+    desc.space = 3;
+    ElementId later = desktop.addWindow(2, desc);
     EXPECT_EQ(desktop.spaceOf(later), 3);
     EXPECT_EQ(axWindows(2), (std::vector<std::string>{"Ideas"}));
 }
