@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "accessibility/AppWatcher.h"
 #include "accessibility/CloseButtonMiss.h"
@@ -26,6 +27,16 @@ namespace quelto {
 // Whether the window server's bounds of a window and the frame Accessibility reports for it
 // name the same rectangle (to within the rounding of either service).
 bool sameWindowBounds(const Rect& windowServer, const Rect& accessibility);
+
+// Ordinary windows smaller than this on either side (points) are not counted as windows on
+// other Spaces: applications keep tiny helper windows there that the user never sees.
+inline constexpr double minimumCountedWindowSide = 40;
+
+// How many ordinary windows of the process the window server shows off screen, on another
+// Space or in full screen, beyond the `listed` windows Accessibility gave (matched by
+// bounds). Reads the window server's list of every Space once, and the listed windows'
+// frames.
+int windowsOnOtherSpaces(Pid pid, const std::vector<AXElement>& listed);
 
 class Engine final : public DestroyedWindowSink, public std::enable_shared_from_this<Engine> {
     struct Token {};
