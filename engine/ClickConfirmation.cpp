@@ -21,17 +21,6 @@ bool sameWindowBounds(const Rect& windowServer, const Rect& accessibility) {
            near(windowServer.size.height, accessibility.size.height);
 }
 
-namespace {
-
-bool isWindowServerWindow(const WindowServerWindow& top, const AppWatcher& watcher,
-                          const WindowRef& window) {
-    if (top.ownerPid != watcher.pid) return false;
-    std::optional<Rect> frame = axFrame(window.element);
-    return frame && sameWindowBounds(top.bounds, *frame);
-}
-
-}  // namespace
-
 std::optional<Engine::Hit> Engine::confirmHit(const WindowRef& window,
                                               const std::shared_ptr<AppWatcher>& watcher,
                                               Point at) {
@@ -44,17 +33,25 @@ std::optional<Engine::Hit> Engine::confirmHit(const WindowRef& window,
     // Nothing on screen there (the cached frame belongs to a hidden, minimised or faraway
     // window): the click landed on no close button.
     if (!top) return std::nullopt;
-    if (isWindowServerWindow(*top, *watcher, window)) return Hit{window, watcher};
-
-    // Another window is on top there. If it is a tracked window whose own close button is
-    // under the point (two maximised windows put their red dots on the same spot), the
-    // click is its.
     auto owner = watchers.find(top->ownerPid);
     if (owner == watchers.end()) return std::nullopt;
     const std::shared_ptr<AppWatcher>& topWatcher = owner->second;
-    for (const auto& [candidate, frame] : topWatcher->closeButtonFrames()) {
-        if (candidate == window || !frame.contains(at)) continue;
-        if (isWindowServerWindow(*top, *topWatcher, candidate)) return Hit{candidate, topWatcher};
+
+    // Which of its application's windows the one on top is: the application lists this
+    // Space's windows front to back, so the first one shown (not minimised) with the same
+    // bounds. Two maximised windows of one application have the same bounds; only the front
+    // one can be on top.
+    for (const AXElement& listed : topWatcher->currentWindows()) {
+        if (axBool(listed, "AXMinimized").value_or(false)) continue;
+        std::optional<Rect> frame = axFrame(listed);
+        if (!frame || !sameWindowBounds(top->bounds, *frame)) continue;
+        // The click is that window's if its own close button is under the point: the hit
+        // window itself, or another one whose red dot sits on the same spot.
+        WindowRef ref{listed};
+        const auto& frames = topWatcher->closeButtonFrames();
+        auto cached = frames.find(ref);
+        if (cached != frames.end() && cached->second.contains(at)) return Hit{ref, topWatcher};
+        return std::nullopt;
     }
     return std::nullopt;
 }

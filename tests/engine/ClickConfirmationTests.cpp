@@ -113,6 +113,41 @@ TEST_P(MaximisedWindowsTest, TheClickIsTheFrontWindows) {
 INSTANTIATE_TEST_SUITE_P(BothModesWithAndWithoutShift, MaximisedWindowsTest,
                          ::testing::Combine(::testing::Bool(), ::testing::Bool()));
 
+TEST_F(ClickConfirmationTest, OfTwoMaximisedWindowsOfOneAppTheFrontOneGetsTheClick) {
+    auto back = windowAt(textEdit, "Back", maximised);
+    auto front = windowAt(textEdit, "Front", maximised);
+    startEngine();
+    desktop.advance(10);
+    ASSERT_EQ(desktop.windowAt(sharedRedDot), front);
+
+    desktop.press(sharedRedDot);
+
+    EXPECT_EQ(takeLog(), (Lines{"00:00:10.000  red dot clicked — TextEdit \"Front\"  (cached)"}));
+    EXPECT_EQ(engine->recentClicks.count(refOf(front)), 1u);
+    EXPECT_EQ(engine->recentClicks.count(refOf(back)), 0u);
+    desktop.release(sharedRedDot);
+}
+
+TEST_F(ClickConfirmationTest, AFullScreenWindowElsewhereDoesNotTakeTheClickOfTheOneShown) {
+    // Two windows of one app in full screen have the same bounds; only the one on the
+    // current Space is shown, and its close button was never cached.
+    auto away = windowAt(textEdit, "Away", {{100, 100}, {800, 600}});
+    auto shown = windowAt(textEdit, "Shown", {{200, 200}, {800, 600}}, false);
+    startEngine();
+    desktop.advance(10);
+    desktop.enterFullScreen(away);
+    desktop.enterFullScreen(shown);
+    desktop.advance(1);
+    ASSERT_EQ(desktop.windowAt({15, 14}), shown);
+    ASSERT_EQ(watcherOf(textEdit)->closeButtonFrames().count(refOf(away)), 1u);
+    takeLog();
+
+    desktop.press({15, 14});
+
+    EXPECT_EQ(engine->recentClicks.count(refOf(away)), 0u);
+    desktop.release({15, 14});
+}
+
 TEST_F(ClickConfirmationTest, AHiddenAppsStaleFrameGetsNoCredit) {
     auto notes = windowAt(textEdit, "Notes", {{100, 100}, {800, 600}});
     windowAt(otherApp, "Elsewhere", {{1000, 100}, {400, 300}});
