@@ -31,11 +31,17 @@ void Engine::handleClick(Point at, ModifierFlags modifiers) {
     pruneClicks();
 
     // The cached frames first: an in-memory walk, no Accessibility call.
+    // A hit is then confirmed with the window server: the frame may belong to a window that
+    // is hidden, minimised, on another Space or covered where the click landed. One that is
+    // not confirmed counts as a miss, and the live pass below may still find the button.
     for (const auto& [pid, watcher] : watchers) {
         if (auto window = watcher->closeButtonHit(at)) {
-            std::shared_ptr<AppWatcher> hit = watcher;
-            record(*window, hit, modifiers, "cached");
-            return;
+            std::shared_ptr<AppWatcher> found = watcher;
+            if (auto hit = confirmHit(*window, found, at)) {
+                record(hit->window, hit->watcher, modifiers, "cached");
+                return;
+            }
+            break;
         }
     }
 
@@ -48,8 +54,10 @@ void Engine::handleClick(Point at, ModifierFlags modifiers) {
     auto tracked = watchers.find(front->processIdentifier());
     if (tracked == watchers.end()) return;
     std::shared_ptr<AppWatcher> watcher = tracked->second;
-    if (auto window = watcher->liveCloseButtonHit(at))
-        record(*window, watcher, modifiers, "live read");
+    if (auto window = watcher->liveCloseButtonHit(at)) {
+        if (auto hit = confirmHit(*window, watcher, at))
+            record(hit->window, hit->watcher, modifiers, "live read");
+    }
 }
 
 void Engine::record(const WindowRef& window, const std::shared_ptr<AppWatcher>& watcher,

@@ -115,6 +115,20 @@ void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatc
     // with a count of -1.
     long left = remaining.known ? static_cast<long>(remaining.windows.size()) : -1;
 
+    // The built-in protection comes before the configuration is even read.
+    bool neverQuit = neverQuitBundleIDs().count(watcher->bundleID) != 0;
+    // Read now, for this decision only: hand edits count from the next close on.
+    std::optional<Config> loaded;
+    if (!neverQuit) loaded = Config::load();
+
+    // Accessibility lists only this Space's windows. In last-window mode, those the window
+    // server shows on other Spaces or in full screen remain too.
+    int elsewhere = 0;
+    if (loaded && loaded->mode == Config::Mode::lastWindow && remaining.known) {
+        elsewhere = windowsOnOtherSpaces(watcher->pid, remaining.windows);
+        left += elsewhere;
+    }
+
     std::string cause = causeText(gathered);
     std::string closed = gathered.windowsClosed == 1
                              ? std::string("window")
@@ -123,6 +137,7 @@ void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatc
     detail("windows remaining: " + (remaining.known ? std::to_string(left) : "unknown"));
     for (const auto& window : remaining.windows)
         detail("  · " + windowTitle(window) + "  [" + subroleDescription(window) + "]");
+    if (elsewhere > 0) detail("  · " + std::to_string(elsewhere) + " more on other Spaces");
 
     auto conclude = [&](const std::string& outcome, bool quit) {
         Activity::shared().record(Activity::Entry{.at = now(),
@@ -135,15 +150,12 @@ void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatc
         blankLine();
     };
 
-    // The built-in protection comes before the configuration is even read.
-    if (neverQuitBundleIDs().count(watcher->bundleID) != 0) {
+    if (neverQuit) {
         detail("→ EXCLUDED (never-quit list)");
         conclude("always protected", false);
         return;
     }
-
-    // Read now, for this decision only: hand edits count from the next close on.
-    Config config = Config::load();
+    const Config& config = *loaded;
 
     if (ModifierFlags mask = escapeMask(config.escape); mask != 0 && (gathered.modifiers & mask)) {
         std::string escape(Config::rawValue(config.escape));

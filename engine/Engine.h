@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "accessibility/AppWatcher.h"
 #include "accessibility/CloseButtonMiss.h"
@@ -22,6 +23,20 @@
 #include "platform/Workspace.h"
 
 namespace quelto {
+
+// Whether the window server's bounds of a window and the frame Accessibility reports for it
+// name the same rectangle (to within the rounding of either service).
+bool sameWindowBounds(const Rect& windowServer, const Rect& accessibility);
+
+// Ordinary windows smaller than this on either side (points) are not counted as windows on
+// other Spaces: applications keep tiny helper windows there that the user never sees.
+inline constexpr double minimumCountedWindowSide = 40;
+
+// How many ordinary windows of the process the window server shows off screen, on another
+// Space or in full screen, beyond the `listed` windows Accessibility gave (matched by
+// bounds). Reads the window server's list of every Space once, and the listed windows'
+// frames.
+int windowsOnOtherSpaces(Pid pid, const std::vector<AXElement>& listed);
 
 class Engine final : public DestroyedWindowSink, public std::enable_shared_from_this<Engine> {
     struct Token {};
@@ -73,6 +88,18 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
                 ModifierFlags modifiers, std::string_view how);
     void sustainIfBlocked(const WindowRef& window, Pid pid);
     void pruneClicks();
+    // A window whose close button a click landed on, with its watcher.
+    struct Hit {
+        WindowRef window;
+        std::shared_ptr<AppWatcher> watcher;
+    };
+    // Confirms a hit found in the close-button frames with the window server's on-screen
+    // list: the window on top at the point must be the hit window (same process, same
+    // bounds as its Accessibility frame) or another tracked window whose close button is
+    // under the point, which then gets the click. None when the click belongs to no tracked
+    // close button. Reads the window server once and window frames through Accessibility.
+    std::optional<Hit> confirmHit(const WindowRef& window,
+                                  const std::shared_ptr<AppWatcher>& watcher, Point at);
 
     // ---- Close decision ----
     void windowDestroyed(const WindowRef& ref, const std::shared_ptr<AppWatcher>& watcher,

@@ -575,6 +575,7 @@ void SimDesktop::resetCounters() {
     state_->totalReads = 0;
     state_->readsByAttribute.clear();
     state_->readsByElement.clear();
+    state_->windowListReads = 0;
 }
 
 }  // namespace quelto::sim

@@ -92,7 +92,7 @@ void ChaosRun::pressAndRelease() {
     note("press the close button of window " + std::to_string(*window) + " at " + where(at) +
          ", hold " + std::to_string(held) + " s, release at " + where(up));
     ++tally_.closeClicks;
-    desktop_->press(at, flags);
+    pressChecked(at, flags);
     desktop_->advance(held);
     desktop_->release(up);
 }

@@ -56,8 +56,10 @@ ChaosRun::ChaosRun(std::uint64_t seed)
     d.install();
     d.setOwnPid(ownPid);
     ActivityTestSeam::startEmpty();
-    journalChanges_ = NotificationCenter::defaultCenter().addObserver(Activity::changed,
-                                                                      [this] { ++unseenRecords_; });
+    journalChanges_ = NotificationCenter::defaultCenter().addObserver(Activity::changed, [this] {
+        ++unseenRecords_;
+        checkQuitDecision();
+    });
     // Applications quit by themselves or on request: the workspace says so.
     terminations_ = d.observeTerminations([this](const RunningApplicationRef& app) {
         if (app) std::erase(running_, app->processIdentifier());
@@ -235,14 +237,16 @@ void ChaosRun::clickCloseButton() {
     note("click the close button of window " + std::to_string(*window) + " at " + point(at) +
          " with modifiers " + hex(flags));
     ++tally_.closeClicks;
-    desktop_->click(at, flags);
+    pressChecked(at, flags);
+    desktop_->release(at);
 }
 
 void ChaosRun::clickElsewhere() {
     Point at{random_.between(-100.0, 2500.0), random_.between(-100.0, 1500.0)};
     ModifierFlags flags = random_.chance(0.3) ? modifier::shift : 0;
     note("click at " + point(at) + " with modifiers " + hex(flags));
-    desktop_->click(at, flags);
+    pressChecked(at, flags);
+    desktop_->release(at);
 }
 
 void ChaosRun::injectError() {
@@ -550,6 +554,7 @@ bool ChaosRun::fail(const std::string& what) {
 }
 
 bool ChaosRun::check() {
+    if (!brokenPromise_.empty()) return fail(brokenPromise_);
     const auto& entries = Activity::shared().entries();
     if (entries.size() > ActivityTestSeam::limit())
         return fail("the journal holds " + std::to_string(entries.size()) + " entries");

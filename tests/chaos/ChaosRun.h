@@ -15,7 +15,11 @@
 // - every quit request comes with a "quitting" journal entry for that application, made at
 //   the same moment, and the journal decides "quitting" only when the file allows it;
 // - the journal never holds more than 200 entries;
-// - its own process never gets a watcher.
+// - its own process never gets a watcher;
+// - in last-window mode, it never asks an application to quit while that application shows
+//   an ordinary window on another Space or in full screen at the moment of the decision
+//   (the windows of this Space count as the design counts user windows);
+// - every click it credits to a close button names the window on top at the click point.
 
 #include <cstdint>
 #include <deque>
@@ -92,6 +96,11 @@ class ChaosRun {
     void showAlert();
     void refuseRegistrations();
     void note(const std::string& event);
+    // ChaosWindowInvariants.cpp: a press whose credited window is checked against the one on
+    // top, and the check of a last-window decision to quit, at the moment it is journalled.
+    void pressChecked(Point at, ModifierFlags flags);
+    void checkQuitDecision();
+    bool hasOddAttribute(sim::ElementId window) const;
 
     bool check();
     bool fail(const std::string& what);
@@ -120,6 +129,8 @@ class ChaosRun {
     long stepNumber_ = 0;
     std::deque<std::string> recent_;  // the last steps, for the failure report
     std::string failure_;
+    // A promise found broken in the middle of a step, reported by the next check.
+    std::string brokenPromise_;
     Tally tally_;
 };
 

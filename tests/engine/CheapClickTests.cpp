@@ -109,5 +109,14 @@ TEST_F(CheapClickTest, AClickOnNothingWithACachedFrontmostAppMakesNoAccessibilit
     EXPECT_TRUE(takeLog().empty());
 }
 
+TEST_F(CheapClickTest, AClickOnNothingNeverReadsTheWindowServer) {
+    // Only a hit in the cached frames is confirmed with the window server's list.
+    desktop.setFrontmost(102);
+    desktop.resetCounters();
+    EXPECT_EQ(allocationsOf({50, 5000}), 0);
+    EXPECT_EQ(desktop.windowListReadCount(), 0u);
+    EXPECT_EQ(desktop.accessibilityReadCount(), 0u);
+}
+
 }  // namespace
 }  // namespace quelto::enginetest

@@ -64,9 +64,14 @@ TEST_F(ClickAttributionTest, ACachedCloseButtonOfABackgroundApplicationIsMatched
         click,
         (ClickRecord{
             .at = t, .pid = textEdit, .modifiers = 0, .expiry = t + 2.0, .sustained = false}));
-    // The hit came from memory: no close button was read, only the title for the log line.
+    // The hit came from memory: no close button was read. Confirming it took one read of the
+    // window server's list, the application's window list and the window's own frame; then
+    // the title for the log line.
     EXPECT_EQ(desktop.readCount("AXCloseButton"), 0u);
-    EXPECT_EQ(desktop.readCount("AXPosition"), 0u);
+    EXPECT_EQ(desktop.readCount(notes, "AXPosition"), 1u);
+    EXPECT_EQ(desktop.readCount(notes, "AXSize"), 1u);
+    EXPECT_EQ(desktop.readCount("AXPosition"), 1u);
+    EXPECT_EQ(desktop.windowListReadCount(), 1u);
 }
 
 TEST_F(ClickAttributionTest, AnUncachedCloseButtonOfABackgroundApplicationIsNotMatched) {

@@ -1,0 +1,50 @@
+// Windows of an application that Accessibility does not list: "AXWindows" holds only the
+// windows of the current Space, while the window server knows those on every Space and in
+// full screen. The close decision counts them, so that closing the last window here does not
+// quit an application that still shows windows elsewhere.
+
+#include <vector>
+
+#include "accessibility/AXRead.h"
+#include "engine/Engine.h"
+#include "platform/Platform.h"
+
+namespace quelto {
+
+int windowsOnOtherSpaces(Pid pid, const std::vector<AXElement>& listed) {
+    WindowServer* server = platform().windowServer;
+    if (!server) return 0;
+    std::vector<WindowServerWindow> all = server->windowList(WindowListScope::allSpaces);
+
+    std::vector<const WindowServerWindow*> own;
+    for (const WindowServerWindow& w : all)
+        if (w.ownerPid == pid && w.layer == normalWindowLayer &&
+            w.bounds.size.width >= minimumCountedWindowSide &&
+            w.bounds.size.height >= minimumCountedWindowSide)
+            own.push_back(&w);
+    if (own.empty()) return 0;
+
+    // Each listed window accounts for one window-server window of the same bounds, the ones
+    // on screen first (the list has them first): a window here and one on another Space may
+    // share a frame, as two maximised windows do.
+    for (const AXElement& window : listed) {
+        std::optional<Rect> frame = axFrame(window);
+        if (!frame) continue;
+        for (auto it = own.begin(); it != own.end(); ++it) {
+            if (sameWindowBounds((*it)->bounds, *frame)) {
+                own.erase(it);
+                break;
+            }
+        }
+    }
+
+    // What is left and off screen is elsewhere: on another Space or in full screen. A
+    // window on screen here that Accessibility does not list is a sheet, a panel or a
+    // popover, not a window on another Space.
+    int elsewhere = 0;
+    for (const WindowServerWindow* w : own)
+        if (!w->onScreen) ++elsewhere;
+    return elsewhere;
+}
+
+}  // namespace quelto

@@ -1,0 +1,78 @@
+// The chaos run's promises about windows: a click is credited only to the window on top at
+// the click point, and in last-window mode no application is asked to quit while it still
+// shows a window, on this Space or another.
+
+#include <unordered_map>
+
+#include "settings/Activity.h"
+#include "settings/Config.h"
+#include "tests/chaos/ChaosRun.h"
+
+namespace quelto::chaos {
+
+void ChaosRun::pressChecked(Point at, ModifierFlags flags) {
+    std::optional<sim::ElementId> top = desktop_->windowAt(at);
+    std::unordered_map<WindowRef, Date> before;
+    for (const auto& [window, click] : engine_->recentClicks) before.emplace(window, click.at);
+
+    desktop_->press(at, flags);
+
+    for (const auto& [window, click] : engine_->recentClicks) {
+        auto earlier = before.find(window);
+        if (earlier != before.end() && earlier->second == click.at) continue;
+        // A record made by this press.
+        bool onTop = top && window == WindowRef{desktop_->element(*top)};
+        if (!onTop && brokenPromise_.empty()) {
+            std::string credited = "?";
+            for (sim::ElementId id : desktop_->stackingOrder())
+                if (window == WindowRef{desktop_->element(id)}) credited = std::to_string(id);
+            brokenPromise_ = "credited a click at " + std::to_string(at.x) + "," +
+                             std::to_string(at.y) + " to window " + credited +
+                             ", not to the one on top there (" +
+                             (top ? std::to_string(*top) : std::string("none")) + ")";
+        }
+    }
+}
+
+void ChaosRun::checkQuitDecision() {
+    const auto& entries = Activity::shared().entries();
+    if (entries.empty() || !entries.front().quit) return;
+    const auto& requests = desktop_->quitRequests();
+    if (requests.empty() || requests.back().at != desktop_->now()) return;
+    // The decision has just read the file; so does this check, at the same moment.
+    if (Config::load().mode != Config::Mode::lastWindow) return;
+
+    Pid pid = requests.back().pid;
+    if (desktop_->isHidden(pid)) return;  // hidden windows show nothing (and are counted)
+    for (sim::ElementId window : desktop_->windowsOf(pid)) {
+        // Windows Accessibility lists are counted as the design counts user windows (a window
+        // without a close button is none); the ones it cannot see, on another Space or in
+        // full screen, are what the window server must account for.
+        if (desktop_->isListedInAXWindows(window)) continue;
+        if (desktop_->isMinimized(window) || hasOddAttribute(window)) continue;
+        std::optional<Rect> frame = desktop_->windowFrame(window);
+        if (!frame || frame->size.width < minimumCountedWindowSide ||
+            frame->size.height < minimumCountedWindowSide)
+            continue;
+        if (brokenPromise_.empty()) {
+            std::optional<int> space = desktop_->spaceOf(window);
+            brokenPromise_ =
+                "asked " + entries.front().app + " to quit in last-window mode while its window " +
+                std::to_string(window) + " showed on Space " + std::to_string(space.value_or(0)) +
+                (desktop_->isFullScreen(window) ? " (full screen)" : "") +
+                (desktop_->isOnScreen(window) ? ", on screen" : ", off screen") +
+                (desktop_->isListedInAXWindows(window) ? ", listed" : ", unlisted") +
+                ", current Space " + std::to_string(desktop_->currentSpace());
+        }
+        return;
+    }
+}
+
+bool ChaosRun::hasOddAttribute(sim::ElementId window) const {
+    // A window whose role or subrole reads oddly is not an ordinary window to Quelto.
+    for (const auto& [element, attribute] : oddAttributes_)
+        if (element == window && (attribute == "AXRole" || attribute == "AXSubrole")) return true;
+    return false;
+}
+
+}  // namespace quelto::chaos
