@@ -20,14 +20,17 @@ AppController::AppController(Token, ApplicationHost& host, std::function<void()>
 AppController::~AppController() = default;
 
 void AppController::applicationDidFinishLaunching() {
-    // Single instance: hand over to a copy that is already running.
+    // Single instance: hand over to a copy that is already running. A copy that has already
+    // gone (the workspace lists it until the main run loop takes in its termination) is no
+    // copy to hand over to: activating it would fail, and this one would quit too, leaving
+    // nothing running after a quick relaunch.
     if (Workspace* ws = platform().workspace) {
         const Pid own = ws->ownProcessIdentifier();
         std::string bundleID;
         if (platform().system)
             bundleID = platform().system->bundleInfoString("CFBundleIdentifier").value_or("");
         for (const RunningApplicationRef& app : ws->runningApplications()) {
-            if (!app || app->processIdentifier() == own) continue;
+            if (!app || app->processIdentifier() == own || app->isTerminated()) continue;
             std::optional<std::string> id = app->bundleIdentifier();
             if (!id || *id != bundleID) continue;
             app->activate();

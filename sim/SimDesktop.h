@@ -161,7 +161,8 @@ class SimDesktop final : public Accessibility,
     void launchApp(const AppSpec& desc);
     // The application terminates (by itself or after a quit request): its windows vanish
     // without destroyed notifications (as when a process goes), its elements read as
-    // invalid, and the termination notification is delivered.
+    // invalid, and the termination notification is delivered. Until the main run loop next
+    // turns, the workspace still lists it among the running applications, terminated.
     void terminateApp(Pid pid);
     void setFrontmost(std::optional<Pid> pid);
     void setOwnPid(Pid pid);

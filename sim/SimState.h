@@ -75,6 +75,10 @@ struct AppRecord {
     AppSpec desc;
     ElementId appElement = 0;
     bool running = true;
+    // Still in the workspace's list of running applications. The process may have exited
+    // (`running` false, `isTerminated` true) before the main run loop takes the termination
+    // in: NSWorkspace updates its list there, in the same turn as it posts the notification.
+    bool listed = true;
     bool hidden = false;  // ⌘H: its windows are off screen, still in its AXWindows
     std::shared_ptr<SimRunningApplication> handle;
 };

@@ -100,6 +100,12 @@ void SimDesktop::State::terminate(Pid pid) {
     if (Element* e = find(app->appElement)) e->alive = false;
     app->running = false;
     runningByPid.erase(pid);
+    // The workspace's list lets go of it when the main run loop next turns, just before the
+    // termination notification is delivered.
+    std::weak_ptr<AppRecord> weak = app;
+    schedule(0, [weak] {
+        if (auto a = weak.lock()) a->listed = false;
+    });
     // The application of the next window in the stack becomes frontmost.
     if (frontmost == pid) frontmost = nextFrontmost(pid);
     deliverWorkspace(terminationHandlers, app);
@@ -180,7 +186,7 @@ const std::vector<Pid>& SimDesktop::activatedApps() const {
 std::vector<RunningApplicationRef> SimDesktop::runningApplications() {
     std::vector<RunningApplicationRef> out;
     for (const auto& app : state_->apps)
-        if (app->running) out.push_back(app->handle);
+        if (app->running || app->listed) out.push_back(app->handle);
     return out;
 }
 

@@ -95,6 +95,55 @@ TEST_F(StartupTest, SecondCopyHandsOverAndTerminatesBeforeLogging) {
     EXPECT_FALSE(std::filesystem::exists(Config::path()));
 }
 
+// A quick relaunch: the old copy has exited, but the workspace still lists it until the main
+// run loop takes its termination in. It is no copy to hand over to: this one carries on.
+TEST_F(StartupTest, ACopyThatHasAlreadyTerminatedIsSkipped) {
+    desktop.addApp(app(77, build::bundleID, "Quelto"));
+    desktop.terminateApp(77);
+    bool listed = false;
+    for (const RunningApplicationRef& running : desktop.runningApplications())
+        if (running->processIdentifier() == 77) listed = running->isTerminated();
+    ASSERT_TRUE(listed) << "the desktop lists the exited copy, terminated, until the loop turns";
+
+    launch();
+    EXPECT_EQ(host.terminations, 0);
+    EXPECT_TRUE(desktop.activatedApps().empty());
+    EXPECT_EQ(host.menuInstalls, 1);
+    EXPECT_EQ(engineStarts, 1);
+}
+
+// The first live copy counts, whatever terminated copies are listed before it.
+TEST_F(StartupTest, ALiveCopyAfterATerminatedOneStillGetsTheHandOver) {
+    desktop.addApp(app(76, build::bundleID, "Quelto"));
+    desktop.addApp(app(77, build::bundleID, "Quelto"));
+    desktop.terminateApp(76);
+    launch();
+    EXPECT_EQ(desktop.activatedApps(), (std::vector<Pid>{77}));
+    EXPECT_EQ(host.terminations, 1);
+    EXPECT_EQ(engineStarts, 0);
+}
+
+// The simulated workspace as macOS keeps it: an exited app stays listed, terminated, until the
+// main run loop turns; then the list lets go of it and the termination is posted.
+TEST_F(StartupTest, TheDesktopListsAnExitedAppUntilTheMainLoopTurns) {
+    desktop.addApp(app(77, "com.example.Other", "Other"));
+    int terminations = 0;
+    Subscription observer =
+        desktop.observeTerminations([&](const RunningApplicationRef&) { ++terminations; });
+    desktop.terminateApp(77);
+    auto listed = [&] {
+        for (const RunningApplicationRef& running : desktop.runningApplications())
+            if (running->processIdentifier() == 77) return true;
+        return false;
+    };
+    EXPECT_TRUE(listed());
+    EXPECT_FALSE(desktop.isRunning(77));
+    EXPECT_EQ(terminations, 0);
+    desktop.runDue();
+    EXPECT_FALSE(listed());
+    EXPECT_EQ(terminations, 1);
+}
+
 TEST_F(StartupTest, OtherAppsDoNotCountAsAnotherCopy) {
     desktop.addApp(app(77, "com.example.Other", "Other"));
     desktop.addApp(app(78, std::nullopt, "NoBundle"));
