@@ -1,6 +1,6 @@
 // Alerts: started from the main run loop in its default mode (never inside the caller's work),
-// shown, answered with the queued button (the first by default), and, when the user takes
-// their time, kept on screen while the main thread runs the alert's nested loop in the
+// Quelto activated, shown, answered with the queued button (the first by default), and, when the
+// user takes their time, kept on screen while the main thread runs the alert's nested loop in the
 // modal-panel mode.
 
 #include "sim/SimState.h"
@@ -21,6 +21,10 @@ void SimDesktop::present(const AlertSpec& alert, std::function<void(long)> compl
 
 long SimDesktop::runModal(const AlertSpec& alert) {
     State& s = *state_;
+    // The alert is Quelto's: Quelto is activated first, so that it shows in front of the
+    // app the user is working in rather than behind its windows. An accessory app may be
+    // the active one; it stays so after the alert, until the user brings another app forward.
+    if (s.runningApp(s.ownPid)) setFrontmost(s.ownPid);
     s.alerts.push_back(alert);
     if (std::optional<Micros> hold = std::exchange(s.main.holdNextAlert, std::nullopt)) {
         ++s.main.alertsOnScreen;

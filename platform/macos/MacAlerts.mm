@@ -18,6 +18,9 @@ void MacAlerts::present(const AlertSpec& desc, std::function<void(long)> complet
     // caller's included): under the alert's modal loop the main queue keeps draining, and the
     // observers' sources (in the common modes) keep firing.
     CFRunLoopPerformBlock(CFRunLoopGetMain(), kCFRunLoopDefaultMode, ^{
+      // An accessory app's alert opens behind the active app's windows unless the app is
+      // activated first.
+      [NSApp activateIgnoringOtherApps:YES];
       NSAlert* alert = [[NSAlert alloc] init];
       alert.messageText = message;
       alert.informativeText = information;

@@ -54,6 +54,22 @@ TEST(SimServices, AlertsAnswerFromTheQueueThenTheDefault) {
     EXPECT_EQ(desktop.shownAlerts()[0], desc);
 }
 
+// Quelto activates itself before it shows an alert, so the alert is not left behind the
+// windows of the app in front; it stays the active app once the alert is answered.
+TEST(SimServices, AnAlertBringsQueltoToTheFront) {
+    SimDesktop desktop;
+    desktop.setOwnPid(1);
+    desktop.addApp(AppSpec{1, "app.quelto.Quelto", "Quelto", ActivationPolicy::accessory});
+    desktop.launchApp(AppSpec{40, "com.apple.TextEdit", "TextEdit"});
+    ASSERT_EQ(desktop.frontmostApplication()->processIdentifier(), 40);
+    bool answered = false;
+    desktop.present(AlertSpec{"Title", "Info", {"OK"}}, [&](long) { answered = true; });
+    EXPECT_EQ(desktop.frontmostApplication()->processIdentifier(), 40);  // not before it shows
+    desktop.runDue();
+    EXPECT_TRUE(answered);
+    EXPECT_EQ(desktop.frontmostApplication()->processIdentifier(), 1);
+}
+
 TEST(SimServices, Pasteboard) {
     SimDesktop desktop;
     desktop.setString("hello");
