@@ -55,6 +55,8 @@ constexpr CGFloat iconSide = 18;
         button.title = toNSString(icon.fallbackTitle);
     }
     button.toolTip = toNSString(icon.toolTip);
+    button.accessibilityLabel = toNSString(icon.accessibilityLabel);
+    image.accessibilityDescription = button.accessibilityLabel;
 }
 
 - (void)menuNeedsUpdate:(NSMenu*)menu {

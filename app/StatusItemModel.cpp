@@ -68,6 +68,7 @@ StatusIcon StatusItemModel::iconFor(const Config& config) {
     icon.imageName = "menubar-" + icon.stateWord;
     icon.fallbackTitle = icon.active ? "●" : "○";
     icon.toolTip = "Quelto — " + icon.stateWord;
+    icon.accessibilityLabel = icon.active ? "Quelto is on" : "Quelto is paused";
     return icon;
 }
 

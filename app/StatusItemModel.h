@@ -21,6 +21,8 @@ struct StatusIcon {
     std::string imageName;      // "menubar-active" / "menubar-paused" (a .png template, 18 × 18)
     std::string fallbackTitle;  // "●" / "○", when the image cannot be loaded
     std::string toolTip;        // "Quelto — active" / "Quelto — paused"
+    // What VoiceOver says for the menu-bar button: "Quelto is on" / "Quelto is paused".
+    std::string accessibilityLabel;
 
     friend bool operator==(const StatusIcon&, const StatusIcon&) = default;
 };

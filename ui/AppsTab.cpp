@@ -39,6 +39,7 @@ const std::vector<TableColumn>& MainWindowModel::appsColumns() {
 MainWindowModel::ExcludeBox MainWindowModel::excludeBox(const AppRow& row) {
     ExcludeBox box;
     box.identifier = row.bundleID;
+    box.accessibilityLabel = "Never quit " + row.name;
     if (row.clicked) {
         // The box as the user left it: it could be clicked, so it is enabled.
         box.checked = *row.clicked;

@@ -45,6 +45,10 @@ std::vector<MainWindowModel::HealthCheck> MainWindowModel::healthChecks(
     return checks;
 }
 
+std::string MainWindowModel::healthCheckIconLabel(bool passed) {
+    return passed ? "Passed" : "Needs attention";
+}
+
 const std::vector<MainWindowModel::QuestionAndAnswer>& MainWindowModel::questions() {
     static const std::vector<QuestionAndAnswer> qa = {
         {"Nothing quits when I close a window",

@@ -65,8 +65,9 @@ NSTableCellView* tableCell(NSView* content) {
     return cell;
 }
 
-NSImage* checkSymbol(const std::string& name) {
-    return [NSImage imageWithSystemSymbolName:toNSString(name) accessibilityDescription:nil];
+NSImage* checkSymbol(const std::string& name, const std::string& accessibilityLabel) {
+    return [NSImage imageWithSystemSymbolName:toNSString(name)
+                     accessibilityDescription:toNSString(accessibilityLabel)];
 }
 
 NSColor* checkTint(bool passed) {
@@ -343,6 +344,9 @@ class MacUpdateButton final : public quelto::UpdateButton {
             view = [self tableScrollView:element.id];
             break;
     }
+    // The health check's row labels its icon itself.
+    if (!element.accessibilityLabel.empty() && element.kind != Kind::healthCheck)
+        view.accessibilityLabel = toNSString(element.accessibilityLabel);
     if (!element.id.empty()) _controls[toNSString(element.id)] = view;
     return view;
 }
@@ -356,8 +360,10 @@ class MacUpdateButton final : public quelto::UpdateButton {
 }
 
 - (NSView*)healthCheckRow:(const quelto::ViewElement&)element {
-    NSImageView* icon = [NSImageView imageViewWithImage:checkSymbol(element.symbol)];
+    NSImageView* icon =
+        [NSImageView imageViewWithImage:checkSymbol(element.symbol, element.accessibilityLabel)];
     icon.contentTintColor = checkTint(element.on);
+    icon.accessibilityLabel = toNSString(element.accessibilityLabel);
     [NSLayoutConstraint activateConstraints:@[
         [icon.widthAnchor constraintEqualToConstant:checkIconSide],
         [icon.heightAnchor constraintEqualToConstant:checkIconSide],
@@ -462,8 +468,9 @@ class MacUpdateButton final : public quelto::UpdateButton {
         NSArray<NSView*>* parts = _checkRows[key];
         if (parts.count != 3) return;
         auto* icon = static_cast<NSImageView*>(parts[0]);
-        icon.image = checkSymbol(element.symbol);
+        icon.image = checkSymbol(element.symbol, element.accessibilityLabel);
         icon.contentTintColor = checkTint(element.on);
+        icon.accessibilityLabel = toNSString(element.accessibilityLabel);
         static_cast<NSTextField*>(parts[1]).stringValue = toNSString(element.text);
         static_cast<NSTextField*>(parts[2]).stringValue = toNSString(element.detail);
         return;
@@ -590,6 +597,7 @@ class MacUpdateButton final : public quelto::UpdateButton {
             box.state = desc.checked ? NSControlStateValueOn : NSControlStateValueOff;
             box.enabled = desc.enabled;
             box.toolTip = desc.toolTip ? toNSString(*desc.toolTip) : nil;
+            box.accessibilityLabel = toNSString(desc.accessibilityLabel);
             return tableCell(box);
         }
         quelto::MainWindowModel::NameCell cell = quelto::MainWindowModel::nameCell(app);

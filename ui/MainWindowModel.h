@@ -70,6 +70,7 @@ class MainWindowModel {
         bool checked = false;
         bool enabled = true;
         std::optional<std::string> toolTip;  // "Always protected" for built-in identifiers
+        std::string accessibilityLabel;      // "Never quit {name}": the box has no title
         friend bool operator==(const ExcludeBox&, const ExcludeBox&) = default;
     };
     // The "Application" cell of one row.
@@ -136,6 +137,8 @@ class MainWindowModel {
         std::string answer;
     };
     static const std::vector<QuestionAndAnswer>& questions();
+    // What VoiceOver says for a check's icon: "Passed" / "Needs attention".
+    static std::string healthCheckIconLabel(bool passed);
 
     // ---- About tab ----
     struct AboutLines {

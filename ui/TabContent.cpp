@@ -41,10 +41,11 @@ ViewElement separator() {
     return e;
 }
 
-ViewElement image(std::string name, double side) {
+ViewElement image(std::string name, double side, std::string accessibilityLabel) {
     ViewElement e;
     e.kind = Kind::image;
     e.text = std::move(name);
+    e.accessibilityLabel = std::move(accessibilityLabel);
     e.width = side;
     e.height = side;
     return e;
@@ -81,7 +82,7 @@ TabContent generalTab(const MainWindowModel& model) {
     auto& el = tab.elements;
 
     ViewElement tagline = text("Quits an app when you close its last window.", 12, true);
-    el.push_back(group(Kind::row, {image("AppIcon", 104),
+    el.push_back(group(Kind::row, {image("AppIcon", 104, "Quelto app icon"),
                                    group(Kind::column, {heading("Quelto", 34, true), tagline})}));
     el.push_back(separator());
 
@@ -90,6 +91,8 @@ TabContent generalTab(const MainWindowModel& model) {
     liveSwitch.id = "liveSwitch";
     liveSwitch.on = g.liveOn;
     liveSwitch.action = "toggleLive";
+    // The switch has no title; its state is read out as its value.
+    liveSwitch.accessibilityLabel = "Quelto on or off";
     ViewElement status = text(g.statusLabel, 15);
     status.id = "statusLabel";
     el.push_back(group(Kind::row, {liveSwitch, status}));
@@ -183,6 +186,7 @@ TabContent helpTab(const MainWindowModel& model) {
         row.detail = c.detail;
         row.symbol = c.symbolName;
         row.on = c.passed;
+        row.accessibilityLabel = MainWindowModel::healthCheckIconLabel(c.passed);
         el.push_back(row);
     }
     el.push_back(group(Kind::row, {button("Open Accessibility Settings", "openAccessibility"),
@@ -219,7 +223,7 @@ TabContent aboutTab() {
     auto& el = tab.elements;
     // Groups, with larger gaps between them: the icon and title with the version, the
     // description, the links, the buttons, the system facts.
-    ViewElement icon = image("AppIcon", 128);
+    ViewElement icon = image("AppIcon", 128, "Quelto app icon");
     icon.spacingAfter = aboutIconGap;
     el.push_back(icon);
     el.push_back(heading("Quelto", 30, true));

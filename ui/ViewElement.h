@@ -49,6 +49,9 @@ struct ViewElement {
     std::string action;  // the model operation the control triggers ("toggleLive", …)
     std::string detail;  // health checks: the line under the title
     std::string symbol;  // health checks: "checkmark.circle.fill" / "exclamationmark.circle.fill"
+    // What VoiceOver says for a control or image that shows no title of its own: the switch,
+    // the images, a health check's icon. Empty for elements whose text says it.
+    std::string accessibilityLabel;
     std::vector<ViewElement> children;
     // The gap under this element in its tab's stack, where a group ends (the stack's
     // custom spacing); 0 for the tab's own spacing.

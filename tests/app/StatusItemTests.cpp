@@ -34,6 +34,7 @@ TEST_F(StatusItemTest, ActiveWhenLiveAndEverythingArmed) {
     EXPECT_EQ(model.icon().imageName, "menubar-active");
     EXPECT_EQ(model.icon().fallbackTitle, "●");
     EXPECT_EQ(model.icon().toolTip, "Quelto — active");
+    EXPECT_EQ(model.icon().accessibilityLabel, "Quelto is on");
 }
 
 TEST_F(StatusItemTest, ActiveWhenOneAppArmed) {
@@ -49,6 +50,7 @@ TEST_F(StatusItemTest, LiveButNothingArmedIsPausedWithWarningRow) {
     EXPECT_EQ(model.icon().imageName, "menubar-paused");
     EXPECT_EQ(model.icon().fallbackTitle, "○");
     EXPECT_EQ(model.icon().toolTip, "Quelto — paused");
+    EXPECT_EQ(model.icon().accessibilityLabel, "Quelto is paused");
 
     auto rows = model.menuNeedsUpdate();
     ASSERT_GE(rows.size(), 3u);
@@ -65,6 +67,7 @@ TEST_F(StatusItemTest, LiveOffShowsNoWarningRowEvenWithNothingArmed) {
     StatusItemModel model;
     EXPECT_FALSE(model.icon().active);
     EXPECT_EQ(model.icon().toolTip, "Quelto — paused");
+    EXPECT_EQ(model.icon().accessibilityLabel, "Quelto is paused");
     auto rows = model.menuNeedsUpdate();
     EXPECT_EQ(rows[0].title, "Quelto is on");
     EXPECT_FALSE(rows[0].checked);

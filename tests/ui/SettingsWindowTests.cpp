@@ -98,6 +98,7 @@ TEST_F(SettingsWindowTest, RunningBuiltInAppIsCheckedDisabledAndAlwaysProtected)
     EXPECT_TRUE(box.checked);
     EXPECT_FALSE(box.enabled);
     EXPECT_EQ(box.toolTip, "Always protected");
+    EXPECT_EQ(box.accessibilityLabel, "Never quit Finder");
 }
 
 TEST_F(SettingsWindowTest, BuiltInAppAlsoExcludedStaysEnabledSoTheUserCanRemoveIt) {
@@ -420,6 +421,51 @@ TEST_F(SettingsWindowTest, WindowRenderingMarksTheSelectedTab) {
     EXPECT_EQ(text.rfind("Window “Quelto” 580 × 560\nGeneral  Apps  Activity  Help  [About]\n", 0),
               0u)
         << text;
+}
+
+// VoiceOver reads a title where a control shows one; the switch, the images and the health
+// checks' icons show none, so each carries a label of its own.
+TEST_F(SettingsWindowTest, EveryControlAndImageWithoutATitleHasAnAccessibilityLabel) {
+    desktop.setTrusted(false);
+    writeConfig("live = true\narm = *\n");
+    MainWindowModel model;
+    model.refresh();
+    std::vector<std::pair<std::string, std::string>> labelled;  // kind or id, label
+    std::function<void(const std::vector<ViewElement>&)> walk = [&](const auto& elements) {
+        for (const ViewElement& e : elements) {
+            switch (e.kind) {
+                case ViewElement::Kind::image:
+                    labelled.emplace_back("image " + e.text, e.accessibilityLabel);
+                    break;
+                case ViewElement::Kind::switchControl:
+                case ViewElement::Kind::healthCheck:
+                    labelled.emplace_back(e.id, e.accessibilityLabel);
+                    break;
+                case ViewElement::Kind::segmentedControl:
+                case ViewElement::Kind::popUpButton:
+                case ViewElement::Kind::checkBox:
+                case ViewElement::Kind::button:
+                case ViewElement::Kind::linkButton:
+                    // Their segments, items and titles are what VoiceOver reads.
+                    EXPECT_TRUE(!e.text.empty() || !e.items.empty()) << e.id;
+                    break;
+                default:
+                    break;
+            }
+            walk(e.children);
+        }
+    };
+    for (const char* tab : {"general", "apps", "activity", "help", "about"})
+        walk(model.content(tab).elements);
+    using Labels = std::vector<std::pair<std::string, std::string>>;
+    EXPECT_EQ(labelled, (Labels{{"image AppIcon", "Quelto app icon"},
+                                {"liveSwitch", "Quelto on or off"},
+                                {"check.0", "Needs attention"},
+                                {"check.1", "Passed"},
+                                {"check.2", "Needs attention"},
+                                {"image AppIcon", "Quelto app icon"}}));
+    EXPECT_EQ(MainWindowModel::healthCheckIconLabel(true), "Passed");
+    EXPECT_EQ(MainWindowModel::healthCheckIconLabel(false), "Needs attention");
 }
 
 TEST_F(SettingsWindowTest, ContentNamesTheControlsAndTheirActions) {
