@@ -4,7 +4,6 @@
 #
 #   QUELTO_CHECK_SYSROOT  the macOS SDK sysroot (default: the MACOS_SYSROOT environment variable)
 #   QUELTO_CHECK_ARCH     arm64 (default) or x86_64
-#   QUELTO_CHECK_RUNTIME_DIR  optional: libraries the linker finds before the sysroot's
 
 if(NOT QUELTO_CHECK_SYSROOT)
     set(QUELTO_CHECK_SYSROOT "$ENV{MACOS_SYSROOT}")
@@ -16,8 +15,7 @@ if(NOT IS_DIRECTORY "${QUELTO_CHECK_SYSROOT}")
     message(FATAL_ERROR "check-toolchain: no macOS sysroot at '${QUELTO_CHECK_SYSROOT}'")
 endif()
 # try_compile projects read this file again: hand them the same choices.
-list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES QUELTO_CHECK_SYSROOT QUELTO_CHECK_ARCH
-    QUELTO_CHECK_RUNTIME_DIR)
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES QUELTO_CHECK_SYSROOT QUELTO_CHECK_ARCH)
 
 set(CMAKE_SYSTEM_NAME Darwin)
 set(CMAKE_SYSTEM_VERSION 22.0)
@@ -50,11 +48,6 @@ set(CMAKE_OBJCXX_COMPILE_OBJECT
 # LLVM's Mach-O linker (ld64.lld), which clang finds beside itself; it signs arm64 executables
 # ad hoc as Apple's linker does. Warnings from it fail the check like any other diagnostic.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-fuse-ld=lld")
-# A folder searched before the sysroot's libraries (scripts/check-macos puts a fuller stand-in
-# for libSystem there).
-if(QUELTO_CHECK_RUNTIME_DIR)
-    string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " -L${QUELTO_CHECK_RUNTIME_DIR}")
-endif()
 
 set(CMAKE_FIND_ROOT_PATH ${QUELTO_CHECK_SYSROOT})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
