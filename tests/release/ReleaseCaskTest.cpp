@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "ReleaseTestSupport.h"
 #include "platform/BuildSettings.h"
@@ -53,18 +56,68 @@ TEST(ReleaseCask, WritesEveryFieldExactly) {
                   "\n"
                   "  app \"Quelto.app\"\n"
                   "\n"
-                  "  uninstall quit: \"" +
+                  "  uninstall launchctl:  \"" +
                   bundleID +
-                  "\"\n"
+                  "\",\n"
+                  "            quit:       \"" +
+                  bundleID +
+                  "\",\n"
+                  "            login_item: \"Quelto\"\n"
                   "\n"
                   "  zap trash: [\n"
                   "    \"~/Library/Application Support/Quelto\",\n"
+                  "    \"~/Library/Caches/" +
+                  bundleID +
+                  "\",\n"
+                  "    \"~/Library/HTTPStorages/" +
+                  bundleID +
+                  "\",\n"
+                  "    \"~/Library/HTTPStorages/" +
+                  bundleID +
+                  ".binarycookies\",\n"
                   "    \"~/Library/Logs/Quelto.log\",\n"
                   "    \"~/Library/Preferences/" +
                   bundleID +
                   ".plist\",\n"
                   "  ]\n"
                   "end\n");
+}
+
+// brew style wants the zap list in alphabetical order and the uninstall stanza's values in
+// one column; every folder the app or the system makes for it is in the list.
+TEST(ReleaseCask, ZapAndUninstallAreAsBrewStyleWantsThem) {
+    const std::string output = scratchPath("style/quelto.rb");
+    ScriptRun run =
+        runScript("scripts/release-cask", {"--output", output, "1.2.0", kSha, "quelto/quelto"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    std::istringstream text(readFile(output));
+    std::vector<std::string> zap;
+    std::vector<std::size_t> valueColumns;
+    bool inZap = false;
+    for (std::string line; std::getline(text, line);) {
+        if (line == "  zap trash: [") {
+            inZap = true;
+        } else if (inZap && line == "  ]") {
+            inZap = false;
+        } else if (inZap) {
+            zap.push_back(line);
+        } else if (line.find("uninstall ") != std::string::npos ||
+                   line.rfind("            ", 0) == 0) {
+            valueColumns.push_back(line.find('"'));
+        }
+    }
+    std::vector<std::string> sorted = zap;
+    std::sort(sorted.begin(), sorted.end());
+    EXPECT_EQ(zap, sorted);
+    const std::string id = build::bundleID;
+    for (const std::string& folder : std::vector<std::string>{
+             "~/Library/Caches/" + id, "~/Library/HTTPStorages/" + id,
+             "~/Library/Application Support/Quelto", "~/Library/Logs/Quelto.log"})
+        EXPECT_NE(std::find(zap.begin(), zap.end(), "    \"" + folder + "\","), zap.end())
+            << folder;
+    ASSERT_EQ(valueColumns.size(), 3u);
+    EXPECT_EQ(valueColumns[0], valueColumns[1]);
+    EXPECT_EQ(valueColumns[1], valueColumns[2]);
 }
 
 TEST(ReleaseCask, BadInputLeavesTheOldCaskAsItWas) {
