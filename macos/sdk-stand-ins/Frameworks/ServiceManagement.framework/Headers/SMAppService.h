@@ -13,16 +13,16 @@ typedef NS_ENUM(NSInteger, SMAppServiceStatus) {
 
 API_AVAILABLE(macos(13.0))
 @interface SMAppService : NSObject
-@property(class, readonly) SMAppService *mainAppService;
-+ (SMAppService *)loginItemServiceWithIdentifier:(NSString *)identifier;
-+ (SMAppService *)agentServiceWithPlistName:(NSString *)plistName;
-+ (SMAppService *)daemonServiceWithPlistName:(NSString *)plistName;
-+ (SMAppServiceStatus)statusForLegacyURL:(NSURL *)url;
+@property(class, readonly) SMAppService* mainAppService;
++ (SMAppService*)loginItemServiceWithIdentifier:(NSString*)identifier;
++ (SMAppService*)agentServiceWithPlistName:(NSString*)plistName;
++ (SMAppService*)daemonServiceWithPlistName:(NSString*)plistName;
++ (SMAppServiceStatus)statusForLegacyURL:(NSURL*)url;
 + (void)openSystemSettingsLoginItems;
 @property(readonly) SMAppServiceStatus status;
-- (BOOL)registerAndReturnError:(NSError **)error;
-- (BOOL)unregisterAndReturnError:(NSError **)error;
-- (void)unregisterWithCompletionHandler:(void (^)(NSError *_Nullable error))handler;
+- (BOOL)registerAndReturnError:(NSError**)error;
+- (BOOL)unregisterAndReturnError:(NSError**)error;
+- (void)unregisterWithCompletionHandler:(void (^)(NSError* _Nullable error))handler;
 @end
 
 NS_ASSUME_NONNULL_END
