@@ -6,13 +6,14 @@
 
 #include "platform/Platform.h"
 #include "settings/Config.h"
+#include "settings/ConfigStore.h"
 #include "settings/Log.h"
 
 namespace quelto::bench {
 
 void writeConfigFile(const std::string& text) {
-    std::filesystem::create_directories(Config::directory());
-    std::ofstream out(Config::path(), std::ios::binary | std::ios::trunc);
+    std::filesystem::create_directories(ConfigStore::directory());
+    std::ofstream out(ConfigStore::path(), std::ios::binary | std::ios::trunc);
     out << text;
 }
 

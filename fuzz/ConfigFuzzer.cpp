@@ -15,6 +15,7 @@
 #include <string_view>
 
 #include "settings/Config.h"
+#include "settings/ConfigStore.h"
 #include "settings/Utf8.h"
 
 using quelto::Config;
@@ -37,7 +38,7 @@ std::uint64_t fingerprint(std::string_view bytes) {
 }
 
 void writeRaw(std::string_view bytes) {
-    std::ofstream out(Config::path(), std::ios::binary | std::ios::trunc);
+    std::ofstream out(ConfigStore::path(), std::ios::binary | std::ios::trunc);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
@@ -50,7 +51,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     if (!mkdtemp(templ.data())) abort();
     home = templ;
     setenv("HOME", home.c_str(), 1);
-    fs::create_directories(Config::directory());
+    fs::create_directories(ConfigStore::directory());
     atexit([] {
         std::error_code ec;
         std::filesystem::remove_all(home, ec);
@@ -66,7 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (!(Config::load() == Config()))
             fail("bytes that are not UTF-8 did not load as the defaults", text);
         // Gone again, so that a later save does not keep it aside, as it would a user's.
-        std::remove(Config::path().c_str());
+        std::remove(ConfigStore::path().c_str());
         return 0;
     }
 

@@ -92,7 +92,7 @@ TEST_F(StartupTest, SecondCopyHandsOverAndTerminatesBeforeLogging) {
     EXPECT_EQ(host.menuInstalls, 0);
     EXPECT_EQ(controller->statusItem(), nullptr);
     EXPECT_EQ(engineStarts, 0);
-    EXPECT_FALSE(std::filesystem::exists(Config::path()));
+    EXPECT_FALSE(std::filesystem::exists(ConfigStore::path()));
 }
 
 TEST_F(StartupTest, OtherAppsDoNotCountAsAnotherCopy) {

@@ -8,7 +8,7 @@ namespace {
 using EngineLifecycleTest = EngineTest;
 
 const std::string configLine() {
-    return "              config: " + Config::path();
+    return "              config: " + ConfigStore::path();
 }
 
 TEST_F(EngineLifecycleTest, ConstructionIsInert) {
@@ -125,7 +125,7 @@ TEST_F(EngineLifecycleTest, HintSaysArmedWhenSingleAppsAreArmed) {
 TEST_F(EngineLifecycleTest, StartWritesTheTemplateWhenTheFileIsMissing) {
     removeConfig();
     startEngine(true);
-    ASSERT_TRUE(std::filesystem::exists(Config::path()));
+    ASSERT_TRUE(std::filesystem::exists(ConfigStore::path()));
     Lines log = takeLog();
     ASSERT_FALSE(log.empty());
     EXPECT_EQ(log[0], "00:00:00.000  LIVE — mode last-window — all apps");

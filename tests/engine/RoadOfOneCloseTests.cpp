@@ -23,7 +23,7 @@ TEST_F(RoadOfOneCloseTest, FromTheClickToQuitCleanly) {
     EXPECT_EQ(takeLog(),
               (Lines{
                   "00:00:00.000  LIVE — mode last-window — all apps",
-                  "              config: " + Config::path(),
+                  "              config: " + ConfigStore::path(),
                   "",
                   "00:00:00.000  attaching to 1 foreground apps",
                   "                ✓ TextEdit  (com.apple.TextEdit)  1 windows",

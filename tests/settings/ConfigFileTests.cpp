@@ -16,6 +16,7 @@
 
 #include "settings/AtomicFile.h"
 #include "settings/Config.h"
+#include "settings/ConfigStore.h"
 #include "tests/support/ConfigFiles.h"
 #include "tests/support/PlainUser.h"
 
@@ -40,13 +41,13 @@ class ConfigFile : public ::testing::Test {
     void TearDown() override { clean(); }
     static void clean() {
         std::error_code ec;
-        fs::permissions(Config::directory(), fs::perms::owner_all, ec);
-        fs::remove_all(fs::path(Config::directory()).parent_path(), ec);
+        fs::permissions(ConfigStore::directory(), fs::perms::owner_all, ec);
+        fs::remove_all(fs::path(ConfigStore::directory()).parent_path(), ec);
     }
     static std::vector<std::string> directoryEntries() {
         std::vector<std::string> names;
         std::error_code ec;
-        for (auto& e : fs::directory_iterator(Config::directory(), ec))
+        for (auto& e : fs::directory_iterator(ConfigStore::directory(), ec))
             names.push_back(e.path().filename().string());
         return names;
     }
@@ -54,8 +55,8 @@ class ConfigFile : public ::testing::Test {
 
 TEST_F(ConfigFile, PathsAreUnderTheHomeDirectory) {
     std::string home = std::getenv("HOME");
-    EXPECT_EQ(Config::directory(), home + "/Library/Application Support/Quelto");
-    EXPECT_EQ(Config::path(), home + "/Library/Application Support/Quelto/config.txt");
+    EXPECT_EQ(ConfigStore::directory(), home + "/Library/Application Support/Quelto");
+    EXPECT_EQ(ConfigStore::path(), home + "/Library/Application Support/Quelto/config.txt");
 }
 
 TEST_F(ConfigFile, MissingFileLoadsAsTheDefaults) {
@@ -63,12 +64,12 @@ TEST_F(ConfigFile, MissingFileLoadsAsTheDefaults) {
 }
 
 TEST_F(ConfigFile, EmptyFileLoadsAsTheDefaults) {
-    writeRaw(Config::path(), "");
+    writeRaw(ConfigStore::path(), "");
     EXPECT_EQ(Config::load(), Config());
 }
 
 TEST_F(ConfigFile, CommentOnlyFileLoadsAsTheDefaults) {
-    writeRaw(Config::path(), "# live = false\n# arm = *\n\n#\n");
+    writeRaw(ConfigStore::path(), "# live = false\n# arm = *\n\n#\n");
     EXPECT_EQ(Config::load(), Config());
 }
 
@@ -76,31 +77,31 @@ TEST_F(ConfigFile, InvalidUtf8LoadsAsTheDefaults) {
     for (std::string bad : {std::string("live = false\n\xFF\n"), std::string("live = false\xC3"),
                             std::string("arm = a\xC0\xAF"), std::string("arm = \xED\xA0\x80"),
                             std::string("live = false\n\xF4\x90\x80\x80")}) {
-        writeRaw(Config::path(), bad);
+        writeRaw(ConfigStore::path(), bad);
         EXPECT_EQ(Config::load(), Config()) << bad;
     }
 }
 
 TEST_F(ConfigFile, ValidMultibyteTextLoads) {
-    writeRaw(Config::path(), "live = false\nexclude = 𝒳.日本\n");
+    writeRaw(ConfigStore::path(), "live = false\nexclude = 𝒳.日本\n");
     Config c = Config::load();
     EXPECT_FALSE(c.live);
     EXPECT_EQ(c.excluded, std::set<std::string>{"𝒳.日本"});
 }
 
 TEST_F(ConfigFile, DirectoryInPlaceOfTheFileLoadsAsTheDefaults) {
-    fs::create_directories(Config::path());
+    fs::create_directories(ConfigStore::path());
     EXPECT_EQ(Config::load(), Config());
 }
 
 TEST_F(ConfigFile, CarriageReturnFileLoadsLikeLineFeedFile) {
-    writeRaw(Config::path(), "live = false\rmode = red-dot\rarm = a.b\rescape = option\r");
+    writeRaw(ConfigStore::path(), "live = false\rmode = red-dot\rarm = a.b\rescape = option\r");
     Config cr = Config::load();
-    writeRaw(Config::path(), "live = false\nmode = red-dot\narm = a.b\nescape = option\n");
+    writeRaw(ConfigStore::path(), "live = false\nmode = red-dot\narm = a.b\nescape = option\n");
     EXPECT_EQ(cr, Config::load());
-    writeRaw(Config::path(), "live = false\r\nmode = red-dot\r\narm = a.b\r\nescape = option\r\n");
+    writeRaw(ConfigStore::path(), "live = false\r\nmode = red-dot\r\narm = a.b\r\nescape = option\r\n");
     EXPECT_EQ(cr, Config::load());
-    writeRaw(Config::path(),
+    writeRaw(ConfigStore::path(),
              "live = false\u2028mode = red-dot\u0085arm = a.b\u2029escape = option");
     EXPECT_EQ(cr, Config::load());
     EXPECT_FALSE(cr.live);
@@ -108,14 +109,14 @@ TEST_F(ConfigFile, CarriageReturnFileLoadsLikeLineFeedFile) {
 }
 
 TEST_F(ConfigFile, NoBreakAndIdeographicSpacesAroundKeys) {
-    writeRaw(Config::path(), "\u00A0live\u00A0= false\n\u3000exclude\u3000=\u3000a.b\u3000\n");
+    writeRaw(ConfigStore::path(), "\u00A0live\u00A0= false\n\u3000exclude\u3000=\u3000a.b\u3000\n");
     Config c = Config::load();
     EXPECT_FALSE(c.live);
     EXPECT_EQ(c.excluded, std::set<std::string>{"a.b"});
 }
 
 TEST_F(ConfigFile, ValueWithEqualsAndHash) {
-    writeRaw(Config::path(), "exclude = a=b # c=d\narm = k = v#x\n");
+    writeRaw(ConfigStore::path(), "exclude = a=b # c=d\narm = k = v#x\n");
     Config c = Config::load();
     EXPECT_EQ(c.excluded, std::set<std::string>{"a=b"});
     EXPECT_EQ(c.armed, std::set<std::string>{"k = v"});
@@ -129,7 +130,7 @@ TEST_F(ConfigFile, OneMegabyteFileLoads) {
         text += "unknown = line\n";
     }
     text += "live = false\n";
-    writeRaw(Config::path(), text);
+    writeRaw(ConfigStore::path(), text);
     Config c = Config::load();
     EXPECT_FALSE(c.live);
     EXPECT_EQ(c.excluded.size(), static_cast<std::size_t>(n));
@@ -225,7 +226,7 @@ TEST_F(ConfigFile, SaveWritesTheCanonicalTextEndingInOneLineFeed) {
     Config c;
     c.armed = {"a.b"};
     c.save();
-    std::string text = readAll(Config::path());
+    std::string text = readAll(ConfigStore::path());
     EXPECT_EQ(text, c.canonicalText());
     ASSERT_GE(text.size(), 2u);
     EXPECT_EQ(text.back(), '\n');
@@ -236,7 +237,7 @@ TEST_F(ConfigFile, NothingArmedSavesTheNoticeAndNoArmLine) {
     Config c;
     c.excluded = {"x.y"};
     c.save();
-    std::string text = readAll(Config::path());
+    std::string text = readAll(ConfigStore::path());
     EXPECT_NE(text.find("\n# Nothing armed — add `arm = <bundle id>` or `arm = *`.\n"),
               std::string::npos);
     EXPECT_EQ(text.find("\narm"), std::string::npos);
@@ -244,7 +245,7 @@ TEST_F(ConfigFile, NothingArmedSavesTheNoticeAndNoArmLine) {
 }
 
 TEST_F(ConfigFile, ArmAllWithArmedEntriesLosesThemOnSave) {
-    writeRaw(Config::path(), "arm = *\narm = com.example.App\n");
+    writeRaw(ConfigStore::path(), "arm = *\narm = com.example.App\n");
     Config c = Config::load();
     EXPECT_TRUE(c.armAll);
     EXPECT_EQ(c.armed.size(), 1u);
@@ -255,20 +256,20 @@ TEST_F(ConfigFile, ArmAllWithArmedEntriesLosesThemOnSave) {
 }
 
 TEST_F(ConfigFile, SaveReplacesCommentsAndUnknownLines) {
-    writeRaw(Config::path(), "# mine\nfoo = bar\nlive = false\n");
+    writeRaw(ConfigStore::path(), "# mine\nfoo = bar\nlive = false\n");
     Config::load().save();
-    std::string text = readAll(Config::path());
+    std::string text = readAll(ConfigStore::path());
     EXPECT_EQ(text.find("# mine"), std::string::npos);
     EXPECT_EQ(text.find("foo"), std::string::npos);
     EXPECT_NE(text.find("\nlive = false\n"), std::string::npos);
 }
 
 TEST_F(ConfigFile, SaveCreatesTheMissingDirectories) {
-    ASSERT_FALSE(fs::exists(fs::path(Config::directory()).parent_path()));
+    ASSERT_FALSE(fs::exists(fs::path(ConfigStore::directory()).parent_path()));
     Config c;
     c.live = false;
     c.save();
-    EXPECT_TRUE(fs::is_regular_file(Config::path()));
+    EXPECT_TRUE(fs::is_regular_file(ConfigStore::path()));
     EXPECT_EQ(Config::load(), c);
 }
 
@@ -283,20 +284,20 @@ TEST_F(ConfigFile, SaveLeavesNoTemporaryFileBehind) {
 TEST_F(ConfigFile, FailedAtomicWriteRemovesItsTemporary) {
     // A non-empty directory where the file should be: the rename cannot replace it. (A save
     // moves such a directory aside first; the write beneath it must fail cleanly anyway.)
-    fs::create_directories(fs::path(Config::path()) / "inside");
-    EXPECT_FALSE(writeFileAtomically(Config::path(), Config().canonicalText()));
-    EXPECT_TRUE(fs::is_directory(Config::path()));
+    fs::create_directories(fs::path(ConfigStore::path()) / "inside");
+    EXPECT_FALSE(writeFileAtomically(ConfigStore::path(), Config().canonicalText()));
+    EXPECT_TRUE(fs::is_directory(ConfigStore::path()));
     EXPECT_EQ(directoryEntries(), std::vector<std::string>{"config.txt"});
     EXPECT_EQ(Config::load(), Config());
 }
 
 TEST_F(ConfigFile, SaveIntoAnUncreatableDirectoryIsSwallowed) {
     // A plain file where the Application Support folder should be.
-    writeRaw(fs::path(Config::directory()).parent_path().string(), "not a folder");
+    writeRaw(fs::path(ConfigStore::directory()).parent_path().string(), "not a folder");
     Config c;
     c.live = false;
     c.save();
-    EXPECT_FALSE(fs::exists(Config::path()));
+    EXPECT_FALSE(fs::exists(ConfigStore::path()));
     EXPECT_EQ(Config::load(), Config());
 }
 
@@ -306,11 +307,11 @@ TEST_F(ConfigFile, SaveIntoAReadOnlyDirectoryIsSwallowed) {
     Config before;
     before.live = false;
     before.save();
-    fs::permissions(Config::directory(), fs::perms::owner_read | fs::perms::owner_exec);
+    fs::permissions(ConfigStore::directory(), fs::perms::owner_read | fs::perms::owner_exec);
     Config after = before;
     after.live = true;
     after.save();
-    fs::permissions(Config::directory(), fs::perms::owner_all);
+    fs::permissions(ConfigStore::directory(), fs::perms::owner_all);
     EXPECT_EQ(Config::load(), before);
     EXPECT_EQ(directoryEntries(), std::vector<std::string>{"config.txt"});
 }
@@ -374,7 +375,7 @@ TEST_F(ConfigFile, TemplateTextByteForByte) {
 
 TEST_F(ConfigFile, TemplateWrittenWhenMissingArmsEverything) {
     EXPECT_TRUE(Config::writeTemplateIfMissing());
-    EXPECT_EQ(readAll(Config::path()), Config::templateText());
+    EXPECT_EQ(readAll(ConfigStore::path()), Config::templateText());
     Config c = Config::load();
     Config expected;
     expected.armAll = true;
@@ -383,16 +384,16 @@ TEST_F(ConfigFile, TemplateWrittenWhenMissingArmsEverything) {
 }
 
 TEST_F(ConfigFile, TemplateLeavesAnExistingFileUntouched) {
-    writeRaw(Config::path(), "live = false\n");
+    writeRaw(ConfigStore::path(), "live = false\n");
     EXPECT_FALSE(Config::writeTemplateIfMissing());
-    EXPECT_EQ(readAll(Config::path()), "live = false\n");
+    EXPECT_EQ(readAll(ConfigStore::path()), "live = false\n");
 }
 
 TEST_F(ConfigFile, TemplateLeavesAnExistingEmptyFileUntouched) {
-    writeRaw(Config::path(), "");
+    writeRaw(ConfigStore::path(), "");
     EXPECT_FALSE(Config::writeTemplateIfMissing());
-    EXPECT_TRUE(fs::exists(Config::path()));
-    EXPECT_EQ(fs::file_size(Config::path()), 0u);
+    EXPECT_TRUE(fs::exists(ConfigStore::path()));
+    EXPECT_EQ(fs::file_size(ConfigStore::path()), 0u);
     EXPECT_EQ(Config::load(), Config());
 }
 
@@ -402,9 +403,9 @@ TEST_F(ConfigFile, TemplateWriteOnlyOnce) {
 }
 
 TEST_F(ConfigFile, TemplateReportsTrueEvenWhenItsWriteFails) {
-    writeRaw(fs::path(Config::directory()).parent_path().string(), "not a folder");
+    writeRaw(fs::path(ConfigStore::directory()).parent_path().string(), "not a folder");
     EXPECT_TRUE(Config::writeTemplateIfMissing());
-    EXPECT_FALSE(fs::exists(Config::path()));
+    EXPECT_FALSE(fs::exists(ConfigStore::path()));
 }
 
 // Identifiers that survive a round trip: non-empty, no comment sign or line break, no

@@ -335,7 +335,7 @@ TEST_F(InfoTabsTest, RevealShowsTheFilesInTheFinder) {
     MainWindowModel model;
     EXPECT_TRUE(model.perform("revealLog"));
     EXPECT_TRUE(model.perform("revealConfig"));
-    EXPECT_EQ(desktop.revealedFiles(), (std::vector<std::string>{Log::path(), Config::path()}));
+    EXPECT_EQ(desktop.revealedFiles(), (std::vector<std::string>{Log::path(), ConfigStore::path()}));
 }
 
 TEST_F(InfoTabsTest, OpenAccessibilityPromptsAndOpensThePane) {

@@ -24,7 +24,7 @@ class UnreadableConfigCheckTest : public uitest::UiTest {
   protected:
     void TearDown() override {
         std::error_code ec;
-        for (auto& e : std::filesystem::directory_iterator(Config::directory(), ec))
+        for (auto& e : std::filesystem::directory_iterator(ConfigStore::directory(), ec))
             if (e.path().filename().string().rfind("config.txt.unreadable-", 0) == 0)
                 std::filesystem::remove_all(e.path(), ec);
         uitest::UiTest::TearDown();
@@ -45,7 +45,7 @@ TEST_F(UnreadableConfigCheckTest, AfterTheSwitchIsSavedTheCheckReportsTheSwitchA
     MainWindowModel model;
     model.toggleLive(false);
     EXPECT_EQ(takeLog(), (Lines{"config.txt is not valid UTF-8 — moved it aside to " +
-                                Config::path() + ".unreadable-20260101-010000 before saving"}));
+                                ConfigStore::path() + ".unreadable-20260101-010000 before saving"}));
     EXPECT_EQ(model.checkRows()[1].title, "Quelto is switched off");
 }
 
