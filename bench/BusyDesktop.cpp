@@ -25,7 +25,7 @@ Point closeButtonCentre(const sim::SimDesktop& desktop, sim::ElementId window) {
 BusyDesktop::BusyDesktop(int apps, int windowsPerApp, bool frontmostWatched)
     : desktop_(std::make_unique<sim::SimDesktop>()) {
     sim::SimDesktop& d = *desktop_;
-    d.install();
+    d.clockTheLog();
     d.setOwnPid(ownPid);
 
     sim::AppSpec quelto;
@@ -69,7 +69,7 @@ BusyDesktop::BusyDesktop(int apps, int windowsPerApp, bool frontmostWatched)
 
 BusyDesktop::~BusyDesktop() {
     // Quit checks hold the engine until they have run; let them finish before the desktop goes.
-    desktop_->install();
+    desktop_->clockTheLog();
     engine_.reset();
     desktop_->advance(60);
     Log::shared().drain();

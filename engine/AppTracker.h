@@ -40,6 +40,7 @@ class AppTracker {
     }
 
     std::size_t size() const { return tracked_.size(); }
+    bool empty() const { return tracked_.empty(); }
 
   private:
     struct Tracked {

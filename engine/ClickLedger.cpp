@@ -168,10 +168,9 @@ void ClickLedger::forget(Pid pid) {
     std::erase_if(clicks_, [pid](const auto& entry) { return entry.second.pid == pid; });
 }
 
-std::optional<ClickRecord> ClickLedger::recordOf(const WindowRef& window) const {
+const ClickRecord* ClickLedger::recordOf(const WindowRef& window) const {
     auto found = clicks_.find(window);
-    if (found == clicks_.end()) return std::nullopt;
-    return found->second;
+    return found == clicks_.end() ? nullptr : &found->second;
 }
 
 }  // namespace quelto

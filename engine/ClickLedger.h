@@ -60,9 +60,10 @@ class ClickLedger {
     // Drops every record of the process.
     void forget(Pid pid);
 
-    // The window's record, as it stands.
-    std::optional<ClickRecord> recordOf(const WindowRef& window) const;
+    // The window's record as it stands; nullptr when there is none.
+    const ClickRecord* recordOf(const WindowRef& window) const;
     std::size_t size() const { return clicks_.size(); }
+    bool empty() const { return clicks_.empty(); }
 
   private:
     void scheduleCheck(double delay, const WindowRef& window, Pid pid);

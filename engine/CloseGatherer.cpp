@@ -50,10 +50,9 @@ void CloseGatherer::add(const std::shared_ptr<AppWatcher>& watcher,
     });
 }
 
-std::optional<PendingReport> CloseGatherer::gathering(Pid pid) const {
+const PendingReport* CloseGatherer::gathering(Pid pid) const {
     auto found = pending_.find(pid);
-    if (found == pending_.end()) return std::nullopt;
-    return found->second;
+    return found == pending_.end() ? nullptr : &found->second;
 }
 
 }  // namespace quelto

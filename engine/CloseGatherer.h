@@ -37,9 +37,10 @@ class CloseGatherer {
     void add(const std::shared_ptr<AppWatcher>& watcher, const std::optional<ClickRecord>& click,
              bool hadCloseButton, const std::optional<CloseButtonMiss>& miss);
 
-    // The report being gathered for the process, if any.
-    std::optional<PendingReport> gathering(Pid pid) const;
+    // The report being gathered for the process; nullptr when there is none.
+    const PendingReport* gathering(Pid pid) const;
     bool isGathering(Pid pid) const { return pending_.count(pid) != 0; }
+    bool empty() const { return pending_.empty(); }
     // Drops the process's report: its gathering then ends with nothing to decide.
     void forget(Pid pid) { pending_.erase(pid); }
 

@@ -38,6 +38,7 @@ class QuitRequester {
 
     // When the application was last asked to quit.
     std::optional<Date> lastRequest(Pid pid) const;
+    bool empty() const { return lastRequest_.empty(); }
     // Drops the throttle entry of a process that terminated.
     void forget(Pid pid) { lastRequest_.erase(pid); }
 

@@ -64,7 +64,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     if (!quelto::isValidUtf8(text)) {
         writeRaw(text);
-        if (!(Config::load() == Config()))
+        if (!(ConfigStore().load() == Config()))
             fail("bytes that are not UTF-8 did not load as the defaults", text);
         // Gone again, so that a later save does not keep it aside, as it would a user's.
         std::remove(ConfigStore::path().c_str());
@@ -86,8 +86,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // so one input in sixteen takes this road, chosen by its own bytes so that a reproducer
     // replays the same way.
     if (fingerprint(text) % 16 == 0) {
-        first.save();
-        if (!(Config::load() == expected)) fail("save followed by load changed the policy", text);
+        ConfigStore().save(first);
+        if (!(ConfigStore().load() == expected)) fail("save followed by load changed the policy", text);
     }
 
     // The rest of the policy's surface on whatever was read.

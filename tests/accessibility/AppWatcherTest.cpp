@@ -398,14 +398,14 @@ TEST_F(WatcherTest, WatcherOutlivingTheDesktopIsReleasedQuietly) {
     RecordingSink other;
     {
         sim::SimDesktop second;
-        second.install();
+        second.clockTheLog();
         second.addApp(sim::testing::app(9, "Nine"));
         second.addWindow(9, sim::testing::window("Doc"));
         watcher = AppWatcher::create(second.runningApplication(9), other);
         ASSERT_NE(watcher, nullptr);
     }
     watcher.reset();
-    desktop.install();
+    desktop.clockTheLog();
     SUCCEED();
 }
 

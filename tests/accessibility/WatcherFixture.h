@@ -40,7 +40,7 @@ class WatcherTest : public ::testing::Test {
     static constexpr Pid pid = 42;
 
     WatcherTest() {
-        desktop.install();
+        desktop.clockTheLog();
         desktop.addApp(sim::testing::app(pid, "Notes", "com.apple.Notes"));
     }
 

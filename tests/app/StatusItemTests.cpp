@@ -220,7 +220,7 @@ TEST_F(StatusItemTest, ChoosingRedDotWritesTheModeAndLogsWithoutTouchingTheIcon)
     auto rows = model.menuNeedsUpdate();
     model.perform(rows[3].submenu[1]);
 
-    EXPECT_EQ(Config::load().mode, Config::Mode::redDot);
+    EXPECT_EQ(ConfigStore().load().mode, Config::Mode::redDot);
     EXPECT_NE(uitest::readConfig().find("mode = red-dot"), std::string::npos);
     EXPECT_EQ(takeLog(), (uitest::Lines{"mode set to red-dot from the menu bar"}));
     EXPECT_EQ(iconUpdates, 0);
@@ -247,14 +247,14 @@ TEST_F(StatusItemTest, ToggleLiveSavesRefreshesThePostsAndLogs) {
     model.onIconChanged = [&](const StatusIcon& icon) { icons.push_back(icon); };
 
     model.perform(MenuAction::toggleLive);
-    EXPECT_FALSE(Config::load().live);
+    EXPECT_FALSE(ConfigStore().load().live);
     ASSERT_EQ(icons.size(), 1u);
     EXPECT_EQ(icons[0].stateWord, "paused");
     EXPECT_EQ(configChangedPosts, 1);
     EXPECT_EQ(takeLog(), (uitest::Lines{"turned off from the menu bar"}));
 
     model.toggleLive();
-    EXPECT_TRUE(Config::load().live);
+    EXPECT_TRUE(ConfigStore().load().live);
     EXPECT_EQ(model.icon().stateWord, "active");
     EXPECT_EQ(configChangedPosts, 2);
     EXPECT_EQ(takeLog(), (uitest::Lines{"turned on from the menu bar"}));
@@ -267,11 +267,11 @@ TEST_F(StatusItemTest, ToggleFrontmostExcludesAndIncludesWithoutNotification) {
     StatusItemModel model;
 
     model.perform(MenuAction::toggleFrontmost);
-    EXPECT_EQ(Config::load().excluded, (std::set<std::string>{"com.apple.Safari"}));
+    EXPECT_EQ(ConfigStore().load().excluded, (std::set<std::string>{"com.apple.Safari"}));
     EXPECT_EQ(takeLog(), (uitest::Lines{"Safari will never be quit"}));
 
     model.toggleFrontmost();
-    EXPECT_TRUE(Config::load().excluded.empty());
+    EXPECT_TRUE(ConfigStore().load().excluded.empty());
     EXPECT_EQ(takeLog(), (uitest::Lines{"Safari is no longer excluded"}));
     EXPECT_EQ(configChangedPosts, 0);
 }

@@ -53,7 +53,7 @@ std::string seconds(double s) {
 ChaosRun::ChaosRun(std::uint64_t seed)
     : random_(seed), seed_(seed), desktop_(std::make_unique<sim::SimDesktop>()) {
     sim::SimDesktop& d = *desktop_;
-    d.install();
+    d.clockTheLog();
     d.setOwnPid(ownPid);
     ActivityTestSeam::startEmpty();
     journalChanges_ = NotificationCenter::defaultCenter().addObserver(Activity::changed, [this] {

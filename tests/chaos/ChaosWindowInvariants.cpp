@@ -6,6 +6,7 @@
 
 #include "settings/Activity.h"
 #include "settings/Config.h"
+#include "settings/ConfigStore.h"
 #include "tests/chaos/ChaosRun.h"
 
 namespace quelto::chaos {
@@ -40,7 +41,7 @@ void ChaosRun::checkQuitDecision() {
     const auto& requests = desktop_->quitRequests();
     if (requests.empty() || requests.back().at != desktop_->now()) return;
     // The decision has just read the file; so does this check, at the same moment.
-    if (Config::load().mode != Config::Mode::lastWindow) return;
+    if (ConfigStore().load().mode != Config::Mode::lastWindow) return;
 
     Pid pid = requests.back().pid;
     if (desktop_->isHidden(pid)) return;  // hidden windows show nothing (and are counted)

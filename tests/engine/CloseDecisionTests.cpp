@@ -345,8 +345,8 @@ TEST_F(CloseDecisionTest, ThreeWindowsGoneWithinTheGatheringMakeOneReport) {
     desktop.advance(0.15);
     desktop.closeWindowWithoutClick(c);
     desktop.runDue();
-    ASSERT_EQ(engine->pending.count(textEdit), 1u);
-    EXPECT_EQ(engine->pending.at(textEdit).windowsClosed, 3);
+    ASSERT_TRUE(engine->closes().isGathering(textEdit));
+    EXPECT_EQ(gatheringOf(textEdit).windowsClosed, 3);
     desktop.advance(0.05);  // 0.3 s after the first
 
     EXPECT_EQ(takeLog(), (Lines{
@@ -560,8 +560,8 @@ TEST_F(CloseDecisionTest, WithoutAnyMissReasonTheCauseSaysNoCachedCloseButton) {
     auto w = addWindow(textEdit, "Odd");
     startAndSettle();
     engine->windowDestroyed(refOf(w), watcherOf(textEdit), false, std::nullopt);
-    ASSERT_EQ(engine->pending.count(textEdit), 1u);
-    EXPECT_EQ(engine->pending.at(textEdit), (PendingReport{.windowsClosed = 1}));
+    ASSERT_TRUE(engine->closes().isGathering(textEdit));
+    EXPECT_EQ(gatheringOf(textEdit), (PendingReport{.windowsClosed = 1}));
     desktop.advance(0.3);
     Lines log = takeLog();
     ASSERT_GE(log.size(), 3u);
@@ -586,13 +586,13 @@ TEST_F(CloseDecisionTest, TheReportGathersEveryFieldInOrder) {
     auto second = CloseButtonMiss::noFrame();
     engine->windowDestroyed(refOf(b), watcher, false, first);
     engine->windowDestroyed(refOf(a), watcher, true, second);
-    EXPECT_EQ(engine->pending.at(textEdit), (PendingReport{.windowsClosed = 2,
+    EXPECT_EQ(gatheringOf(textEdit), (PendingReport{.windowsClosed = 2,
                                                            .wasRedDot = true,
                                                            .afterDialog = false,
                                                            .sawCloseButton = true,
                                                            .misses = {first, second},
                                                            .modifiers = modifier::option | 0x100}));
-    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_TRUE(engine->clicks().empty());
 }
 
 TEST_F(CloseDecisionTest, AnAppAlreadyGoneIsLoggedWithoutAJournalEntry) {

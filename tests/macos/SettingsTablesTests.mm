@@ -129,7 +129,7 @@ TEST_F(SettingsTablesTest, TickingABoxExcludesTheApp) {
     ASSERT_NE(box, nil);
     box.state = NSControlStateValueOn;
     [NSApp sendAction:box.action to:box.target from:box];
-    EXPECT_EQ(Config::load().excluded.count("com.apple.Safari"), 1u);
+    EXPECT_EQ(ConfigStore().load().excluded.count("com.apple.Safari"), 1u);
     EXPECT_EQ(configChangedPosts, 1);
 }
 

@@ -51,7 +51,7 @@ TEST(OneVersion, TheBuildNumberIsOneTheUpdateCheckCanCompare) {
 TEST(OneVersion, AboutDiagnosticsAndUpdateCheckShowTheSameValues) {
     test::LogCapture logged;
     sim::SimDesktop desktop;  // its bundle information is the build's, as a built app's is
-    desktop.install();
+    desktop.clockTheLog();
     UpdateChecker::setSite(std::nullopt);
     const std::string version = build::version;
     const std::string number = build::buildNumber;

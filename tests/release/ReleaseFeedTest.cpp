@@ -114,7 +114,7 @@ TEST(ReleaseFeed, WithoutItsArgumentsItShowsHowToCallIt) {
 class ReleaseFeedServed : public ::testing::Test {
   protected:
     void SetUp() override {
-        desktop.install();
+        desktop.clockTheLog();
         UpdateChecker::setSite(std::nullopt);
         ScriptRun run = feed("1.2.0", "57", kDownload);
         ASSERT_EQ(run.status, 0) << run.err;

@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/Platform.h"
+#include "platform/MainQueue.h"
 #include "settings/Config.h"
 #include "settings/ConfigStore.h"
 #include "settings/ConfigFile.h"
@@ -50,14 +50,12 @@ class UnreadableConfig : public ::testing::Test {
   protected:
     void SetUp() override {
         clean();
-        installPlatform(Platform{.clock = &clock_}, false);
         test::LogCapture::shared().attach();
         test::LogCapture::shared().take();
         fs::create_directories(ConfigStore::directory());
     }
     void TearDown() override {
         test::LogCapture::shared().take();
-        installPlatform(Platform{});
         clean();
     }
     static void clean() {
@@ -76,20 +74,24 @@ class UnreadableConfig : public ::testing::Test {
     static Lines logTexts() { return test::LogCapture::shared().take(); }
 
     // The menu's on/off toggle: load, flip the switch, save.
-    static void toggleLive() {
-        Config config = Config::load();
+    void toggleLive() {
+        Config config = store().load();
         config.live = !config.live;
-        config.save();
+        store().save(config);
     }
+
+    // The file as a program sees it whose clock is fixed.
+    const ConfigStore& store() const { return store_; }
 
   private:
     FixedClock clock_;
+    ConfigStore store_{clock_};
 };
 
 TEST_F(UnreadableConfig, ALatin1ByteInACommentReadsAsTheDefaults) {
     writeFileBytes(ConfigStore::path(), latin1File);
-    EXPECT_EQ(Config::load(), Config());
-    EXPECT_EQ(Config::fileProblem(), "is not valid UTF-8");
+    EXPECT_EQ(store().load(), Config());
+    EXPECT_EQ(store().fileProblem(), "is not valid UTF-8");
 }
 
 TEST_F(UnreadableConfig, TheFirstSaveMovesTheFileAsideWholeAndLogsWhere) {
@@ -107,8 +109,8 @@ TEST_F(UnreadableConfig, TheFirstSaveMovesTheFileAsideWholeAndLogsWhere) {
     Config expected;
     expected.live = false;
     EXPECT_EQ(readFileBytes(ConfigStore::path()), expected.canonicalText());
-    EXPECT_EQ(Config::load(), expected);
-    EXPECT_EQ(Config::fileProblem(), std::nullopt);
+    EXPECT_EQ(store().load(), expected);
+    EXPECT_EQ(store().fileProblem(), std::nullopt);
 }
 
 TEST_F(UnreadableConfig, OnlyTheFirstSaveMovesAnythingAside) {
@@ -125,7 +127,7 @@ TEST_F(UnreadableConfig, OnlyTheFirstSaveMovesAnythingAside) {
 TEST_F(UnreadableConfig, AReadableOrMissingFileIsSavedOverWithoutAWord) {
     toggleLive();  // missing
     writeFileBytes(ConfigStore::path(), "live = true\n# Réglages, in UTF-8\n");
-    EXPECT_EQ(Config::fileProblem(), std::nullopt);
+    EXPECT_EQ(store().fileProblem(), std::nullopt);
     toggleLive();  // readable
     EXPECT_TRUE(logTexts().empty());
     EXPECT_EQ(entries(), std::vector<std::string>{"config.txt"});
@@ -155,7 +157,7 @@ TEST_F(UnreadableConfig, WhenItCannotBeMovedAsideNothingIsSaved) {
 
 TEST_F(UnreadableConfig, AFifoReadsAsTheDefaultsAtOnce) {
     ASSERT_EQ(::mkfifo(ConfigStore::path().c_str(), 0600), 0);
-    auto load = std::async(std::launch::async, [] { return Config::load(); });
+    auto load = std::async(std::launch::async, [this] { return store().load(); });
     if (load.wait_for(std::chrono::seconds(10)) != std::future_status::ready) {
         // Unblock the reader, so that the failure is reported rather than hung.
         int fd = ::open(ConfigStore::path().c_str(), O_WRONLY | O_NONBLOCK);
@@ -163,8 +165,8 @@ TEST_F(UnreadableConfig, AFifoReadsAsTheDefaultsAtOnce) {
         FAIL() << "loading a FIFO blocked";
     }
     EXPECT_EQ(load.get(), Config());
-    EXPECT_EQ(Config::fileProblem(), "is not a regular file");
-    EXPECT_FALSE(Config::writeTemplateIfMissing());
+    EXPECT_EQ(store().fileProblem(), "is not a regular file");
+    EXPECT_FALSE(store().writeTemplateIfMissing());
 }
 
 TEST_F(UnreadableConfig, ASaveOverAFifoMovesItAsideUnopened) {
@@ -175,40 +177,40 @@ TEST_F(UnreadableConfig, ASaveOverAFifoMovesItAsideUnopened) {
                                  aside() + " before saving"}));
     EXPECT_TRUE(fs::is_fifo(aside()));
     EXPECT_TRUE(fs::is_regular_file(ConfigStore::path()));
-    EXPECT_FALSE(Config::load().live);
+    EXPECT_FALSE(store().load().live);
 }
 
 TEST_F(UnreadableConfig, ASaveOverADirectoryMovesItAsideWithEverythingInIt) {
     fs::create_directories(fs::path(ConfigStore::path()) / "inside");
     writeFileBytes((fs::path(ConfigStore::path()) / "inside" / "notes.txt").string(), "mine");
-    EXPECT_EQ(Config::load(), Config());
-    EXPECT_EQ(Config::fileProblem(), "is not a regular file");
+    EXPECT_EQ(store().load(), Config());
+    EXPECT_EQ(store().fileProblem(), "is not a regular file");
     toggleLive();
     EXPECT_EQ(logTexts(), (Lines{"09:15:07.250  config.txt is not a regular file — moved it aside "
                                  "to " +
                                  aside() + " before saving"}));
     EXPECT_EQ(readFileBytes((fs::path(aside()) / "inside" / "notes.txt").string()), "mine");
     EXPECT_TRUE(fs::is_regular_file(ConfigStore::path()));
-    EXPECT_FALSE(Config::load().live);
+    EXPECT_FALSE(store().load().live);
 }
 
 TEST_F(UnreadableConfig, ALinkToNowhereIsKeptAsideAsALink) {
     fs::create_symlink("/Volumes/Dotfiles/quelto.txt", ConfigStore::path());
-    EXPECT_EQ(Config::load(), Config());
-    EXPECT_EQ(Config::fileProblem(), "could not be read (No such file or directory)");
-    EXPECT_FALSE(Config::writeTemplateIfMissing());
+    EXPECT_EQ(store().load(), Config());
+    EXPECT_EQ(store().fileProblem(), "could not be read (No such file or directory)");
+    EXPECT_FALSE(store().writeTemplateIfMissing());
     toggleLive();
     EXPECT_TRUE(fs::is_symlink(aside()));
     EXPECT_EQ(fs::read_symlink(aside()), "/Volumes/Dotfiles/quelto.txt");
-    EXPECT_FALSE(Config::load().live);
+    EXPECT_FALSE(store().load().live);
 }
 
 TEST_F(UnreadableConfig, ALinkToARegularFileReadsThroughIt) {
     std::string target = (fs::path(ConfigStore::directory()) / "real.txt").string();
     writeFileBytes(target, "live = false\n");
     fs::create_symlink(target, ConfigStore::path());
-    EXPECT_FALSE(Config::load().live);
-    EXPECT_EQ(Config::fileProblem(), std::nullopt);
+    EXPECT_FALSE(store().load().live);
+    EXPECT_EQ(store().fileProblem(), std::nullopt);
 }
 
 TEST_F(UnreadableConfig, AFileWithoutReadPermissionIsUnreadable) {
@@ -216,8 +218,8 @@ TEST_F(UnreadableConfig, AFileWithoutReadPermissionIsUnreadable) {
     if (test::runAsPlainUser()) return;
     writeFileBytes(ConfigStore::path(), "live = false\n");
     fs::permissions(ConfigStore::path(), fs::perms::none);
-    EXPECT_EQ(Config::load(), Config());
-    EXPECT_EQ(Config::fileProblem(), "could not be read (Permission denied)");
+    EXPECT_EQ(store().load(), Config());
+    EXPECT_EQ(store().fileProblem(), "could not be read (Permission denied)");
     toggleLive();
     fs::permissions(aside(), fs::perms::owner_read);
     EXPECT_EQ(readFileBytes(aside()), "live = false\n");

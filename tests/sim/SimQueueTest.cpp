@@ -137,7 +137,7 @@ TEST(SimClock, MillisecondsOfVirtualTimesAreExact) {
 TEST(SimDesktopInstall, InstallsEveryInterfaceAndUninstallsOnDestruction) {
     {
         SimDesktop desktop;
-        desktop.install();
+        desktop.clockTheLog();
         Platform& p = platform();
         EXPECT_EQ(p.accessibility, &desktop);
         EXPECT_EQ(p.workspace, &desktop);

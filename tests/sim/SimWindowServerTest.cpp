@@ -77,7 +77,7 @@ TEST_F(SimWindowServer, ReadsAreCountedAndCostNoAccessibilityRead) {
 }
 
 TEST_F(SimWindowServer, InstalledAsThePlatformsWindowServer) {
-    desktop.install();
+    desktop.clockTheLog();
     ASSERT_EQ(platform().windowServer, &desktop);
     EXPECT_EQ(platform().windowServer->windowList(WindowListScope::allSpaces).size(), 2u);
 }

@@ -112,7 +112,7 @@ TEST_F(SettingsWindowTest, BuiltInAppAlsoExcludedStaysEnabledSoTheUserCanRemoveI
     EXPECT_EQ(box.toolTip, "Always protected");
 
     model.toggleExclusion("com.apple.finder", false);
-    EXPECT_TRUE(Config::load().excluded.empty());
+    EXPECT_TRUE(ConfigStore().load().excluded.empty());
     // The box shows what the user clicked, and stays clickable, until the table reloads…
     box = MainWindowModel::excludeBox(*row(model, "com.apple.finder"));
     EXPECT_FALSE(box.checked);
@@ -243,14 +243,14 @@ TEST_F(SettingsWindowTest, ToggleExclusionSavesUpdatesTheRowAndPosts) {
     model.onChange = [&](MainWindowModel::Change c) { changes.push_back(c); };
 
     model.toggleExclusion("com.apple.Safari", true);
-    EXPECT_EQ(Config::load().excluded, (std::set<std::string>{"com.apple.Safari"}));
+    EXPECT_EQ(ConfigStore().load().excluded, (std::set<std::string>{"com.apple.Safari"}));
     EXPECT_TRUE(row(model, "com.apple.Safari")->excluded);
     EXPECT_EQ(configChangedPosts, 1);
     EXPECT_EQ(changes, (std::vector<MainWindowModel::Change>{MainWindowModel::Change::appRow}));
     EXPECT_TRUE(takeLog().empty());
 
     model.toggleExclusion("com.apple.Safari", false);
-    EXPECT_TRUE(Config::load().excluded.empty());
+    EXPECT_TRUE(ConfigStore().load().excluded.empty());
     EXPECT_FALSE(row(model, "com.apple.Safari")->excluded);
     EXPECT_EQ(configChangedPosts, 2);
 
@@ -268,7 +268,7 @@ TEST_F(SettingsWindowTest, AddingThreeAppsOneUnreadable) {
     EXPECT_EQ(takeLog(),
               (Lines{"Add App… clicked", "could not read a bundle identifier from Broken.app",
                      "will never quit: Zeta, Alpha"}));
-    EXPECT_EQ(Config::load().excluded,
+    EXPECT_EQ(ConfigStore().load().excluded,
               (std::set<std::string>{"com.example.Alpha", "com.example.Zeta"}));
     EXPECT_EQ(configChangedPosts, 1);
     // Refreshed: the new exclusions are listed.
@@ -302,10 +302,10 @@ TEST_F(SettingsWindowTest, ChangingTheModePostsNothingButTheSwitchDoes) {
     writeConfig("live = true\narm = *\n");
     MainWindowModel model;
     model.changeQuitMode(1);
-    EXPECT_EQ(Config::load().mode, Config::Mode::redDot);
+    EXPECT_EQ(ConfigStore().load().mode, Config::Mode::redDot);
     EXPECT_EQ(configChangedPosts, 0);
     model.changeQuitMode(0);
-    EXPECT_EQ(Config::load().mode, Config::Mode::lastWindow);
+    EXPECT_EQ(ConfigStore().load().mode, Config::Mode::lastWindow);
     EXPECT_EQ(configChangedPosts, 0);
 
     int refreshes = 0;
@@ -313,7 +313,7 @@ TEST_F(SettingsWindowTest, ChangingTheModePostsNothingButTheSwitchDoes) {
         if (c == MainWindowModel::Change::all) ++refreshes;
     };
     model.toggleLive(false);
-    EXPECT_FALSE(Config::load().live);
+    EXPECT_FALSE(ConfigStore().load().live);
     EXPECT_EQ(configChangedPosts, 1);
     EXPECT_EQ(refreshes, 1);
     EXPECT_EQ(model.general().statusLabel, "Quelto is paused");
@@ -323,15 +323,15 @@ TEST_F(SettingsWindowTest, ChangingTheModePostsNothingButTheSwitchDoes) {
 TEST_F(SettingsWindowTest, ChangeEscapeTakesOnlyTheThreePositions) {
     MainWindowModel model;
     model.changeEscape(1);
-    EXPECT_EQ(Config::load().escape, Config::Escape::option);
+    EXPECT_EQ(ConfigStore().load().escape, Config::Escape::option);
     model.changeEscape(2);
-    EXPECT_EQ(Config::load().escape, Config::Escape::none);
+    EXPECT_EQ(ConfigStore().load().escape, Config::Escape::none);
     const std::string before = uitest::readConfig();
     model.changeEscape(-1);
     model.changeEscape(3);
     EXPECT_EQ(uitest::readConfig(), before);
     model.changeEscape(0);
-    EXPECT_EQ(Config::load().escape, Config::Escape::shift);
+    EXPECT_EQ(ConfigStore().load().escape, Config::Escape::shift);
     EXPECT_EQ(configChangedPosts, 0);
     EXPECT_TRUE(takeLog().empty());
 }

@@ -82,7 +82,7 @@ class UiTest : public ::testing::Test {
         : sim_(std::make_unique<sim::SimDesktop>(Date{startSeconds}, utcOffset)), desktop(*sim_) {}
 
     void SetUp() override {
-        desktop.install();
+        desktop.clockTheLog();
         desktop.setOwnPid(ownPid);
         ActivityTestSeam::startEmpty();
         removeConfig();

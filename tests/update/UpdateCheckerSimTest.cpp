@@ -58,7 +58,7 @@ class RecordingHttp final : public HttpClient {
 class UpdateCheckerSim : public ::testing::Test {
   protected:
     void SetUp() override {
-        desktop.install();
+        desktop.clockTheLog();
         installPlatform(Platform{.http = &http}, false);
         UpdateChecker::setSite(std::nullopt);
         desktop.setBundleInfo("CFBundleShortVersionString", "1.1");
