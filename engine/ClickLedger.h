@@ -64,6 +64,11 @@ class ClickLedger {
     const ClickRecord* recordOf(const WindowRef& window) const;
     std::size_t size() const { return clicks_.size(); }
     bool empty() const { return clicks_.empty(); }
+    // Calls `visit(window, record)` for every record, in no particular order.
+    template <typename Visit>
+    void forEachRecord(Visit&& visit) const {
+        for (const auto& [window, click] : clicks_) visit(window, click);
+    }
 
   private:
     void scheduleCheck(double delay, const WindowRef& window, Pid pid);

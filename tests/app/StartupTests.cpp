@@ -74,7 +74,8 @@ class StartupTest : public uitest::UiTest {
     }
 
     void launch() {
-        controller = AppController::create(host, [this] { ++engineStarts; });
+        controller = AppController::create(host, desktop.shellContext(), desktop.context(),
+                                           [this] { ++engineStarts; });
         controller->applicationDidFinishLaunching();
     }
 
@@ -354,7 +355,7 @@ TEST_F(StartupTest, MainMenuActionsRunOnTheDelegate) {
 
 TEST_F(StartupTest, WithoutAnOverrideTheRealEngineStarts) {
     writeConfig("live = true\narm = *\n");
-    controller = AppController::create(host);
+    controller = AppController::create(host, desktop.shellContext(), desktop.context());
     ASSERT_NE(controller->engine(), nullptr);
     controller->applicationDidFinishLaunching();
     desktop.runDue();

@@ -28,7 +28,7 @@ class StatusItemTest : public uitest::UiTest {
 
 TEST_F(StatusItemTest, ActiveWhenLiveAndEverythingArmed) {
     writeConfig("live = true\narm = *\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     EXPECT_TRUE(model.icon().active);
     EXPECT_EQ(model.icon().stateWord, "active");
     EXPECT_EQ(model.icon().imageName, "menubar-active");
@@ -38,12 +38,12 @@ TEST_F(StatusItemTest, ActiveWhenLiveAndEverythingArmed) {
 
 TEST_F(StatusItemTest, ActiveWhenOneAppArmed) {
     writeConfig("live = true\narm = com.apple.Maps\n");
-    EXPECT_TRUE(StatusItemModel().icon().active);
+    EXPECT_TRUE(StatusItemModel(desktop.shellContext()).icon().active);
 }
 
 TEST_F(StatusItemTest, LiveButNothingArmedIsPausedWithWarningRow) {
     writeConfig("live = true\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     EXPECT_FALSE(model.icon().active);
     EXPECT_EQ(model.icon().stateWord, "paused");
     EXPECT_EQ(model.icon().imageName, "menubar-paused");
@@ -62,7 +62,7 @@ TEST_F(StatusItemTest, LiveButNothingArmedIsPausedWithWarningRow) {
 
 TEST_F(StatusItemTest, LiveOffShowsNoWarningRowEvenWithNothingArmed) {
     writeConfig("live = false\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     EXPECT_FALSE(model.icon().active);
     EXPECT_EQ(model.icon().toolTip, "Quelto — paused");
     auto rows = model.menuNeedsUpdate();
@@ -74,12 +74,12 @@ TEST_F(StatusItemTest, LiveOffShowsNoWarningRowEvenWithNothingArmed) {
 
 TEST_F(StatusItemTest, LiveOffWithEverythingArmedIsPaused) {
     writeConfig("live = false\narm = *\n");
-    EXPECT_FALSE(StatusItemModel().icon().active);
+    EXPECT_FALSE(StatusItemModel(desktop.shellContext()).icon().active);
 }
 
 TEST_F(StatusItemTest, MenuRowsInOrderWithActionsKeysAndSubmenu) {
     writeConfig("live = true\narm = *\nmode = red-dot\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     auto rows = model.menuNeedsUpdate();
     EXPECT_EQ(titles(rows),
               (std::vector<std::string>{"Quelto is on", "---", "Start at login", "Quit when…",
@@ -111,7 +111,7 @@ TEST_F(StatusItemTest, MenuRowsInOrderWithActionsKeysAndSubmenu) {
 
 TEST_F(StatusItemTest, StartAtLoginCheckedOnlyWhenEnabled) {
     writeConfig("arm = *\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     desktop.setLoginItemStatus(LoginItem::Status::enabled);
     EXPECT_TRUE(model.menuNeedsUpdate()[2].checked);
     desktop.setLoginItemStatus(LoginItem::Status::requiresApproval);
@@ -120,7 +120,7 @@ TEST_F(StatusItemTest, StartAtLoginCheckedOnlyWhenEnabled) {
 
 TEST_F(StatusItemTest, MenuIsRebuiltFromTheFileEachTime) {
     writeConfig("live = true\narm = *\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     EXPECT_TRUE(model.menuNeedsUpdate()[0].checked);
     writeConfig("live = false\narm = *\n");  // a hand edit
     EXPECT_FALSE(model.menuNeedsUpdate()[0].checked);
@@ -130,7 +130,7 @@ TEST_F(StatusItemTest, FrontmostRegularAppOffersNeverQuit) {
     writeConfig("arm = *\n");
     desktop.addApp(app(10, "com.apple.Safari", "Safari"));
     desktop.setFrontmost(10);
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     auto rows = model.menuNeedsUpdate();
     ASSERT_GE(rows.size(), 6u);
     EXPECT_TRUE(rows[4].separator);
@@ -146,12 +146,12 @@ TEST_F(StatusItemTest, FrontmostWithoutNameShowsItsBundleIdentifier) {
     writeConfig("arm = *\n");
     desktop.addApp(app(10, "com.example.Nameless", std::nullopt));
     desktop.setFrontmost(10);
-    EXPECT_EQ(StatusItemModel().menuNeedsUpdate()[5].title, "Never quit com.example.Nameless");
+    EXPECT_EQ(StatusItemModel(desktop.shellContext()).menuNeedsUpdate()[5].title, "Never quit com.example.Nameless");
 }
 
 TEST_F(StatusItemTest, NoFrontmostRowForItselfAgentsOrAppsWithoutBundleID) {
     writeConfig("arm = *\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     const std::size_t baseline = model.menuNeedsUpdate().size();  // no frontmost application
 
     desktop.addApp(app(ownPid, build::bundleID, "Quelto"));
@@ -181,7 +181,7 @@ TEST_F(StatusItemTest, SevenJournalEntriesGiveRecentAndFiveRowsNewestFirst) {
         Activity::shared().record(entry(at, "App" + std::to_string(i), "red dot",
                                         quit ? "quit — last window" : "kept running", quit));
     }
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     auto rows = model.menuNeedsUpdate();
     auto recent = std::find_if(rows.begin(), rows.end(),
                                [](const MenuRow& r) { return r.title == "Recent"; });
@@ -203,7 +203,7 @@ TEST_F(StatusItemTest, SevenJournalEntriesGiveRecentAndFiveRowsNewestFirst) {
 }
 
 TEST_F(StatusItemTest, EmptyJournalShowsNoActivityYet) {
-    auto rows = StatusItemModel().menuNeedsUpdate();
+    auto rows = StatusItemModel(desktop.shellContext()).menuNeedsUpdate();
     auto it = std::find_if(rows.begin(), rows.end(),
                            [](const MenuRow& r) { return r.title == "No activity yet"; });
     ASSERT_NE(it, rows.end());
@@ -212,7 +212,7 @@ TEST_F(StatusItemTest, EmptyJournalShowsNoActivityYet) {
 
 TEST_F(StatusItemTest, ChoosingRedDotWritesTheModeAndLogsWithoutTouchingTheIcon) {
     writeConfig("live = true\narm = *\nmode = last-window\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     int iconUpdates = 0;
     model.onIconChanged = [&](const StatusIcon&) { ++iconUpdates; };
     const StatusIcon before = model.icon();
@@ -232,7 +232,7 @@ TEST_F(StatusItemTest, ChoosingRedDotWritesTheModeAndLogsWithoutTouchingTheIcon)
 TEST_F(StatusItemTest, SetModeIgnoresAMissingOrUnknownRepresentedObject) {
     writeConfig("mode = last-window\n");
     const std::string before = uitest::readConfig();
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     model.setMode(std::nullopt);
     model.setMode(std::string("Red-Dot"));
     model.perform(MenuAction::setMode, std::string("reddot"));
@@ -242,7 +242,7 @@ TEST_F(StatusItemTest, SetModeIgnoresAMissingOrUnknownRepresentedObject) {
 
 TEST_F(StatusItemTest, ToggleLiveSavesRefreshesThePostsAndLogs) {
     writeConfig("live = true\narm = *\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     std::vector<StatusIcon> icons;
     model.onIconChanged = [&](const StatusIcon& icon) { icons.push_back(icon); };
 
@@ -264,7 +264,7 @@ TEST_F(StatusItemTest, ToggleFrontmostExcludesAndIncludesWithoutNotification) {
     writeConfig("arm = *\n");
     desktop.addApp(app(10, "com.apple.Safari", "Safari"));
     desktop.setFrontmost(10);
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
 
     model.perform(MenuAction::toggleFrontmost);
     EXPECT_EQ(ConfigStore().load().excluded, (std::set<std::string>{"com.apple.Safari"}));
@@ -279,7 +279,7 @@ TEST_F(StatusItemTest, ToggleFrontmostExcludesAndIncludesWithoutNotification) {
 TEST_F(StatusItemTest, ToggleFrontmostWithoutFrontmostOrBundleIDDoesNothing) {
     writeConfig("arm = *\n");
     const std::string before = uitest::readConfig();
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     model.toggleFrontmost();
     desktop.addApp(app(30, std::nullopt, "Tool"));
     desktop.setFrontmost(30);
@@ -289,7 +289,7 @@ TEST_F(StatusItemTest, ToggleFrontmostWithoutFrontmostOrBundleIDDoesNothing) {
 }
 
 TEST_F(StatusItemTest, ToggleLoginItemRegistersAndUnregisters) {
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     model.perform(MenuAction::toggleLoginItem);
     EXPECT_EQ(desktop.status(), LoginItem::Status::enabled);
     EXPECT_EQ(takeLog(), (uitest::Lines{"will start at login"}));
@@ -302,7 +302,7 @@ TEST_F(StatusItemTest, ToggleLoginItemRegistersAndUnregisters) {
 
 TEST_F(StatusItemTest, LoginItemFailureLogsAndShowsTheAlert) {
     desktop.setLoginItemError("The operation couldn’t be completed.");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     model.toggleLoginItem();
     EXPECT_EQ(takeLog(), (uitest::Lines{"could not change the login item: The operation "
                                         "couldn’t be completed."}));
@@ -319,7 +319,7 @@ TEST_F(StatusItemTest, LoginItemFailureLogsAndShowsTheAlert) {
 }
 
 TEST_F(StatusItemTest, OpenWindowAndQuitGoThroughTheirCallbacks) {
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     model.perform(MenuAction::openWindow);  // no callback yet: nothing happens
     int opened = 0, quits = 0;
     model.onOpenWindow = [&] { ++opened; };
@@ -332,7 +332,7 @@ TEST_F(StatusItemTest, OpenWindowAndQuitGoThroughTheirCallbacks) {
 }
 
 TEST_F(StatusItemTest, CheckForUpdatesStartsACheck) {
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     model.perform(MenuAction::checkForUpdates);
     auto lines = takeLog();
     ASSERT_FALSE(lines.empty());
@@ -347,7 +347,7 @@ TEST_F(StatusItemTest, RendersTheMenuAsText) {
     desktop.setFrontmost(10);
     Activity::shared().record(entry(Date{uitest::startSeconds + 60}, "Mail", "red dot",
                                     "excluded — kept running", false));
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     EXPECT_EQ(renderMenu(model.menuNeedsUpdate()),
               "✓ Quelto is on\n"
               "  No apps armed — nothing will quit  (disabled)\n"

@@ -50,12 +50,14 @@ class UnreadableConfig : public ::testing::Test {
   protected:
     void SetUp() override {
         clean();
+        Log::shared().setClock(&clock_);
         test::LogCapture::shared().attach();
         test::LogCapture::shared().take();
         fs::create_directories(ConfigStore::directory());
     }
     void TearDown() override {
         test::LogCapture::shared().take();
+        Log::shared().clearClock(&clock_);
         clean();
     }
     static void clean() {

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "platform/NotificationCenter.h"
-#include "platform/Platform.h"
 #include "settings/Activity.h"
 #include "settings/ActivityTestSeam.h"
 #include "settings/Config.h"
@@ -98,7 +97,6 @@ class UiTest : public ::testing::Test {
         ActivityTestSeam::startEmpty();
         removeConfig();
         sim_.reset();
-        installPlatform(Platform{});
     }
 
     Lines takeLog() { return LogLines::shared().take(); }

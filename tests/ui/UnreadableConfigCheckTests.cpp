@@ -34,7 +34,7 @@ class UnreadableConfigCheckTest : public uitest::UiTest {
 TEST_F(UnreadableConfigCheckTest, TheMasterSwitchCheckSaysTheFileCannotBeRead) {
     writeConfig("# R\xE9glages\nlive = true\narm = *\n");
     desktop.setTrusted(true);
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     ASSERT_EQ(model.checkRows().size(), 3u);
     EXPECT_EQ(model.checkRows()[1], unreadableCheck);
     EXPECT_TRUE(model.checkRows()[0].passed);
@@ -42,7 +42,7 @@ TEST_F(UnreadableConfigCheckTest, TheMasterSwitchCheckSaysTheFileCannotBeRead) {
 
 TEST_F(UnreadableConfigCheckTest, AfterTheSwitchIsSavedTheCheckReportsTheSwitchAgain) {
     writeConfig("# R\xE9glages\nlive = true\narm = *\n");
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     model.toggleLive(false);
     EXPECT_EQ(takeLog(), (Lines{"config.txt is not valid UTF-8 — moved it aside to " +
                                 ConfigStore::path() + ".unreadable-20260101-010000 before saving"}));
