@@ -109,9 +109,11 @@ bool AppWatcher::refreshCloseButton(const AXElement& window, int attempt) {
         return false;
     }
     if (miss.isWorthRetrying() && attempt <= lastRetriedAttempt) {
-        context_.mainQueue.asyncAfter(attempt * retryStep, [weak = weak_from_this(), window, attempt] {
-            if (auto self = weak.lock()) self->refreshCloseButton(window, attempt + 1);
-        });
+        context_.mainQueue.asyncAfter(attempt * retryStep,
+                                      [weak = weak_from_this(), window, attempt] {
+                                          if (auto self = weak.lock())
+                                              self->refreshCloseButton(window, attempt + 1);
+                                      });
     }
     return false;
 }

@@ -60,9 +60,11 @@ void AppWatcher::registerAppNotifications(std::vector<std::string> names, int at
                     " tries — its new windows are found only at each close decision");
         return;
     }
-    context_.mainQueue.asyncAfter(retryDelays[attempt - 1], [weak = weak_from_this(), again, attempt] {
-        if (auto self = weak.lock()) self->registerAppNotifications(again, attempt + 1);
-    });
+    context_.mainQueue.asyncAfter(retryDelays[attempt - 1],
+                                  [weak = weak_from_this(), again, attempt] {
+                                      if (auto self = weak.lock())
+                                          self->registerAppNotifications(again, attempt + 1);
+                                  });
 }
 
 void AppWatcher::registerWindowNotifications(const AXElement& window,
@@ -78,9 +80,11 @@ void AppWatcher::registerWindowNotifications(const AXElement& window,
                     std::to_string(tries) + " tries — closing it may go unnoticed");
         return;
     }
-    context_.mainQueue.asyncAfter(retryDelays[attempt - 1], [weak = weak_from_this(), window, again, attempt] {
-        if (auto self = weak.lock()) self->registerWindowNotifications(window, again, attempt + 1);
-    });
+    context_.mainQueue.asyncAfter(
+        retryDelays[attempt - 1], [weak = weak_from_this(), window, again, attempt] {
+            if (auto self = weak.lock())
+                self->registerWindowNotifications(window, again, attempt + 1);
+        });
 }
 
 }  // namespace quelto

@@ -85,8 +85,7 @@ std::vector<MenuRow> StatusItemModel::menuNeedsUpdate() const {
     rows.push_back(MenuRow::makeSeparator());
 
     MenuRow login = row("Start at login", MenuAction::toggleLoginItem);
-    login.checked =
-        shell_.loginItem && shell_.loginItem->status() == LoginItem::Status::enabled;
+    login.checked = shell_.loginItem && shell_.loginItem->status() == LoginItem::Status::enabled;
     rows.push_back(login);
 
     MenuRow quitWhen = row("Quit when…", MenuAction::none);
@@ -114,8 +113,8 @@ std::vector<MenuRow> StatusItemModel::menuNeedsUpdate() const {
         rows.push_back(info("Recent"));
         for (std::size_t i = 0; i < entries.size() && i < recentRows; ++i) {
             const Activity::Entry& e = entries[i];
-            rows.push_back(info("   " + formatClockTime(shell_.clock, e.at, false) + "  " + e.app + " — " +
-                                (e.quit ? std::string("quit") : e.outcome)));
+            rows.push_back(info("   " + formatClockTime(shell_.clock, e.at, false) + "  " + e.app +
+                                " — " + (e.quit ? std::string("quit") : e.outcome)));
         }
     }
 

@@ -33,7 +33,8 @@ class AppTracker {
     // The first tracked watcher, in process-id order, for which `test` gives a value; the
     // value, or none. Runs for every click: no allocation, no copy.
     template <typename Test>
-    auto firstOf(Test&& test) const -> decltype(test(std::declval<const std::shared_ptr<AppWatcher>&>())) {
+    auto firstOf(Test&& test) const
+        -> decltype(test(std::declval<const std::shared_ptr<AppWatcher>&>())) {
         for (const auto& [pid, entry] : tracked_)
             if (auto found = test(entry.watcher)) return found;
         return {};

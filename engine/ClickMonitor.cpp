@@ -1,6 +1,5 @@
 #include "engine/ClickMonitor.h"
 
-
 namespace quelto {
 
 void ClickMonitor::start() {

@@ -37,17 +37,17 @@ void CloseGatherer::add(const std::shared_ptr<AppWatcher>& watcher,
     pending_.insert_or_assign(pid, std::move(report));
 
     std::weak_ptr<AppWatcher> weakWatcher = watcher;
-    context_.mainQueue.asyncAfter(PendingReport::gatheringDelay, [owner = owner_, this,
-                                                                  weakWatcher] {
-        auto alive = owner.lock();
-        auto watcher = weakWatcher.lock();
-        if (!alive || !watcher) return;
-        auto gathered = pending_.find(watcher->pid);
-        if (gathered == pending_.end()) return;
-        PendingReport report = std::move(gathered->second);
-        pending_.erase(gathered);
-        gathered_(report, watcher);
-    });
+    context_.mainQueue.asyncAfter(PendingReport::gatheringDelay,
+                                  [owner = owner_, this, weakWatcher] {
+                                      auto alive = owner.lock();
+                                      auto watcher = weakWatcher.lock();
+                                      if (!alive || !watcher) return;
+                                      auto gathered = pending_.find(watcher->pid);
+                                      if (gathered == pending_.end()) return;
+                                      PendingReport report = std::move(gathered->second);
+                                      pending_.erase(gathered);
+                                      gathered_(report, watcher);
+                                  });
 }
 
 const PendingReport* CloseGatherer::gathering(Pid pid) const {

@@ -26,8 +26,7 @@ class CloseGatherer {
     // `context` outlives the gatherer. The delayed end of a gathering holds `owner` (the
     // engine that owns the gatherer) and the watcher weakly and does nothing once either is
     // gone; otherwise it hands the report to `gathered`.
-    CloseGatherer(const EngineContext& context, std::weak_ptr<const void> owner,
-                  Gathered gathered);
+    CloseGatherer(const EngineContext& context, std::weak_ptr<const void> owner, Gathered gathered);
     CloseGatherer(const CloseGatherer&) = delete;
     CloseGatherer& operator=(const CloseGatherer&) = delete;
 

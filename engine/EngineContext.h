@@ -38,7 +38,9 @@ struct EngineContext {
     Activity& journal;
 
     // What the engine's watchers are handed.
-    WatcherContext watcherContext() const { return WatcherContext{accessibility, mainQueue, clock}; }
+    WatcherContext watcherContext() const {
+        return WatcherContext{accessibility, mainQueue, clock};
+    }
 };
 
 }  // namespace quelto

@@ -87,7 +87,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // replays the same way.
     if (fingerprint(text) % 16 == 0) {
         ConfigStore().save(first);
-        if (!(ConfigStore().load() == expected)) fail("save followed by load changed the policy", text);
+        if (!(ConfigStore().load() == expected))
+            fail("save followed by load changed the policy", text);
     }
 
     // The rest of the policy's surface on whatever was read.

@@ -164,8 +164,11 @@ int runCheckUpdates(const std::vector<std::string>& args, std::ostream& out, std
     system.set("CFBundleVersion", options->build);
     system.set("CFBundleShortVersionString", options->version);
 
-    const UpdateContext context{
-        .mainQueue = queue, .workspace = workspace, .system = &system, .http = &http, .alerts = &alerts};
+    const UpdateContext context{.mainQueue = queue,
+                                .workspace = workspace,
+                                .system = &system,
+                                .http = &http,
+                                .alerts = &alerts};
     std::optional<UpdateChecker::Site> savedSite;
     if (UpdateChecker::site() != UpdateChecker::buildSettingsSite())
         savedSite = UpdateChecker::site();

@@ -283,8 +283,7 @@ void ScenarioRunner::startQuelto(int line) {
             if (desktop_->isRunning(own)) desktop_->setFrontmost(own);
         },
         [this, own](ActivationPolicy policy) { desktop_->setActivationPolicy(own, policy); });
-    controller_ =
-        AppController::create(*host_, desktop_->shellContext(), desktop_->context());
+    controller_ = AppController::create(*host_, desktop_->shellContext(), desktop_->context());
     controller_->applicationDidFinishLaunching();
 }
 

@@ -39,9 +39,9 @@ std::string MainWindowModel::diagnosticsText(const ShellContext& shell) {
     const bool trusted = shell.accessibility.isProcessTrusted();
 
     std::vector<std::string> lines;
-    lines.push_back("Quelto " + bundleStringOrQuestionMark(shell.system, "CFBundleShortVersionString") +
-                    "         (build " + bundleStringOrQuestionMark(shell.system, "CFBundleVersion") +
-                    ")");
+    lines.push_back(
+        "Quelto " + bundleStringOrQuestionMark(shell.system, "CFBundleShortVersionString") +
+        "         (build " + bundleStringOrQuestionMark(shell.system, "CFBundleVersion") + ")");
     lines.push_back(systemLine(shell.system));
     lines.push_back(std::string("Accessibility: ") + (trusted ? "granted" : "NOT GRANTED"));
     lines.push_back("");

@@ -22,8 +22,8 @@ namespace quelto {
 
 // What a check reaches of the system; every service outlives the checks in flight.
 struct UpdateContext {
-    MainQueue& mainQueue;   // the reply comes back here
-    Workspace& workspace;   // opens the download or the changelog
+    MainQueue& mainQueue;  // the reply comes back here
+    Workspace& workspace;  // opens the download or the changelog
     // May be absent: no bundle information reads as version "?" and build 0; no HTTP client
     // ends the check at once, with no alert; no alerts answer every alert with its first
     // button.

@@ -36,8 +36,12 @@ TEST_F(WatcherTest, CreatesAWatcherWithItsFacts) {
 TEST_F(WatcherTest, NoWatcherForProcessIdZeroOrNegative) {
     desktop.addApp(sim::testing::app(0, "Kernel"));
     desktop.addApp(sim::testing::app(-3, "Odd"));
-    EXPECT_EQ(AppWatcher::create(desktop.runningApplication(0), sink, desktop.context().watcherContext()), nullptr);
-    EXPECT_EQ(AppWatcher::create(desktop.runningApplication(-3), sink, desktop.context().watcherContext()), nullptr);
+    EXPECT_EQ(
+        AppWatcher::create(desktop.runningApplication(0), sink, desktop.context().watcherContext()),
+        nullptr);
+    EXPECT_EQ(AppWatcher::create(desktop.runningApplication(-3), sink,
+                                 desktop.context().watcherContext()),
+              nullptr);
     EXPECT_EQ(AppWatcher::create(nullptr, sink, desktop.context().watcherContext()), nullptr);
     EXPECT_EQ(desktop.liveObserverCount(), 0);
 }
@@ -46,14 +50,17 @@ TEST_F(WatcherTest, NoWatcherWhenNoObserverCanBeMade) {
     auto desc = sim::testing::app(43, "Locked");
     desc.observerError = axerror::cannotComplete;
     desktop.addApp(desc);
-    EXPECT_EQ(AppWatcher::create(desktop.runningApplication(43), sink, desktop.context().watcherContext()), nullptr);
+    EXPECT_EQ(AppWatcher::create(desktop.runningApplication(43), sink,
+                                 desktop.context().watcherContext()),
+              nullptr);
     EXPECT_EQ(desktop.liveObserverCount(), 0);
     EXPECT_EQ(desktop.observersWithSourceOnRunLoop(), 0);
 }
 
 TEST_F(WatcherTest, NamesWithoutLocalizedNameOrBundleIdentifier) {
     desktop.addApp(sim::testing::app(4321));
-    auto watcher = AppWatcher::create(desktop.runningApplication(4321), sink, desktop.context().watcherContext());
+    auto watcher = AppWatcher::create(desktop.runningApplication(4321), sink,
+                                      desktop.context().watcherContext());
     ASSERT_NE(watcher, nullptr);
     EXPECT_EQ(watcher->name, "pid 4321");
     EXPECT_EQ(watcher->bundleID, "<none>");
@@ -401,7 +408,8 @@ TEST_F(WatcherTest, WatcherOutlivingTheDesktopIsReleasedQuietly) {
         second.clockTheLog();
         second.addApp(sim::testing::app(9, "Nine"));
         second.addWindow(9, sim::testing::window("Doc"));
-        watcher = AppWatcher::create(second.runningApplication(9), other, second.context().watcherContext());
+        watcher = AppWatcher::create(second.runningApplication(9), other,
+                                     second.context().watcherContext());
         ASSERT_NE(watcher, nullptr);
     }
     watcher.reset();
@@ -423,7 +431,8 @@ TEST_F(WatcherTest, EngineMayReleaseTheWatcherWhileItReports) {
     } dropping;
     ElementId a = addWindow("A");
     ElementId b = addWindow("B");
-    dropping.held = AppWatcher::create(desktop.runningApplication(pid), dropping, desktop.context().watcherContext());
+    dropping.held = AppWatcher::create(desktop.runningApplication(pid), dropping,
+                                       desktop.context().watcherContext());
     desktop.destroyWindow(a);
     desktop.destroyWindow(b);
     desktop.advance(1);

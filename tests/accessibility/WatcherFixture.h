@@ -45,7 +45,8 @@ class WatcherTest : public ::testing::Test {
     }
 
     std::shared_ptr<AppWatcher> makeWatcher() {
-        return AppWatcher::create(desktop.runningApplication(pid), sink, desktop.context().watcherContext());
+        return AppWatcher::create(desktop.runningApplication(pid), sink,
+                                  desktop.context().watcherContext());
     }
 
     sim::ElementId addWindow(const std::string& title, Rect frame = Rect{{100, 100}, {800, 600}},

@@ -146,7 +146,8 @@ TEST_F(StatusItemTest, FrontmostWithoutNameShowsItsBundleIdentifier) {
     writeConfig("arm = *\n");
     desktop.addApp(app(10, "com.example.Nameless", std::nullopt));
     desktop.setFrontmost(10);
-    EXPECT_EQ(StatusItemModel(desktop.shellContext()).menuNeedsUpdate()[5].title, "Never quit com.example.Nameless");
+    EXPECT_EQ(StatusItemModel(desktop.shellContext()).menuNeedsUpdate()[5].title,
+              "Never quit com.example.Nameless");
 }
 
 TEST_F(StatusItemTest, NoFrontmostRowForItselfAgentsOrAppsWithoutBundleID) {

@@ -15,8 +15,9 @@ namespace quelto::chaos {
 void ChaosRun::pressChecked(Point at, ModifierFlags flags) {
     std::optional<sim::ElementId> top = desktop_->windowAt(at);
     std::unordered_map<WindowRef, Date> before;
-    engine_->clicks().forEachRecord(
-        [&](const WindowRef& window, const ClickRecord& click) { before.emplace(window, click.at); });
+    engine_->clicks().forEachRecord([&](const WindowRef& window, const ClickRecord& click) {
+        before.emplace(window, click.at);
+    });
 
     desktop_->press(at, flags);
 

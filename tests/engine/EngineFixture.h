@@ -119,9 +119,7 @@ class EngineTest : public ::testing::Test {
     }
 
     // The watcher of a tracked application (nullptr when there is none).
-    std::shared_ptr<AppWatcher> watcherOf(Pid pid) const {
-        return engine->apps().watcherOf(pid);
-    }
+    std::shared_ptr<AppWatcher> watcherOf(Pid pid) const { return engine->apps().watcherOf(pid); }
 
     WindowRef refOf(sim::ElementId window) const { return WindowRef{desktop.element(window)}; }
 

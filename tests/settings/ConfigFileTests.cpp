@@ -99,7 +99,8 @@ TEST_F(ConfigFile, CarriageReturnFileLoadsLikeLineFeedFile) {
     Config cr = ConfigStore().load();
     writeRaw(ConfigStore::path(), "live = false\nmode = red-dot\narm = a.b\nescape = option\n");
     EXPECT_EQ(cr, ConfigStore().load());
-    writeRaw(ConfigStore::path(), "live = false\r\nmode = red-dot\r\narm = a.b\r\nescape = option\r\n");
+    writeRaw(ConfigStore::path(),
+             "live = false\r\nmode = red-dot\r\narm = a.b\r\nescape = option\r\n");
     EXPECT_EQ(cr, ConfigStore().load());
     writeRaw(ConfigStore::path(),
              "live = false\u2028mode = red-dot\u0085arm = a.b\u2029escape = option");

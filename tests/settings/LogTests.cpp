@@ -18,7 +18,6 @@
 #include <vector>
 
 #include "platform/MainQueue.h"
-#include "platform/MainQueue.h"
 #include "settings/Log.h"
 #include "tests/support/ThisExecutable.h"
 

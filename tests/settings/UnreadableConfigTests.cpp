@@ -17,8 +17,8 @@
 
 #include "platform/MainQueue.h"
 #include "settings/Config.h"
-#include "settings/ConfigStore.h"
 #include "settings/ConfigFile.h"
+#include "settings/ConfigStore.h"
 #include "tests/support/ConfigFiles.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/PlainUser.h"

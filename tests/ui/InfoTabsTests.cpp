@@ -284,9 +284,11 @@ TEST_F(InfoTabsTest, AboutLines) {
 
 TEST_F(InfoTabsTest, IntelMachineShowsItsRawName) {
     desktop.setMachine("x86_64", {13, 6, 1});
-    EXPECT_EQ(MainWindowModel::aboutLines(desktop.shellContext()).systemLine, "macOS 13.6.1 · x86_64");
-    EXPECT_NE(MainWindowModel::diagnosticsText(desktop.shellContext()).find("\nmacOS 13.6.1 · x86_64\n"),
-              std::string::npos);
+    EXPECT_EQ(MainWindowModel::aboutLines(desktop.shellContext()).systemLine,
+              "macOS 13.6.1 · x86_64");
+    EXPECT_NE(
+        MainWindowModel::diagnosticsText(desktop.shellContext()).find("\nmacOS 13.6.1 · x86_64\n"),
+        std::string::npos);
 }
 
 TEST_F(InfoTabsTest, AboutTabRendersEveryLine) {
@@ -335,7 +337,8 @@ TEST_F(InfoTabsTest, RevealShowsTheFilesInTheFinder) {
     MainWindowModel model(desktop.shellContext());
     EXPECT_TRUE(model.perform("revealLog"));
     EXPECT_TRUE(model.perform("revealConfig"));
-    EXPECT_EQ(desktop.revealedFiles(), (std::vector<std::string>{Log::path(), ConfigStore::path()}));
+    EXPECT_EQ(desktop.revealedFiles(),
+              (std::vector<std::string>{Log::path(), ConfigStore::path()}));
 }
 
 TEST_F(InfoTabsTest, OpenAccessibilityPromptsAndOpensThePane) {

@@ -44,8 +44,9 @@ TEST_F(UnreadableConfigCheckTest, AfterTheSwitchIsSavedTheCheckReportsTheSwitchA
     writeConfig("# R\xE9glages\nlive = true\narm = *\n");
     MainWindowModel model(desktop.shellContext());
     model.toggleLive(false);
-    EXPECT_EQ(takeLog(), (Lines{"config.txt is not valid UTF-8 — moved it aside to " +
-                                ConfigStore::path() + ".unreadable-20260101-010000 before saving"}));
+    EXPECT_EQ(takeLog(),
+              (Lines{"config.txt is not valid UTF-8 — moved it aside to " + ConfigStore::path() +
+                     ".unreadable-20260101-010000 before saving"}));
     EXPECT_EQ(model.checkRows()[1].title, "Quelto is switched off");
 }
 
