@@ -7,7 +7,6 @@
 
 #include "accessibility/AXRead.h"
 #include "accessibility/WindowClassification.h"
-#include "platform/Platform.h"
 
 namespace quelto {
 
@@ -18,29 +17,26 @@ std::string nameOf(const RunningApplicationRef& app) {
     return "pid " + std::to_string(app->processIdentifier());
 }
 
-Date currentTime() {
-    Clock* clock = platform().clock;
-    return clock ? clock->now() : systemClock().now();
-}
-
 }  // namespace
 
 std::shared_ptr<AppWatcher> AppWatcher::create(const RunningApplicationRef& app,
-                                               DestroyedWindowSink& engine) {
+                                               DestroyedWindowSink& engine,
+                                               const WatcherContext& context) {
     if (!app || app->processIdentifier() < 1) return nullptr;
-    if (!platform().accessibility) return nullptr;
-    auto watcher = std::make_shared<AppWatcher>(Token{}, app, engine);
+    auto watcher = std::make_shared<AppWatcher>(Token{}, app, engine, context);
     // Attaching happens once the watcher is shared, so the close-button retries it starts
     // can hold it weakly.
     if (!watcher->attach()) return nullptr;
     return watcher;
 }
 
-AppWatcher::AppWatcher(Token, const RunningApplicationRef& app, DestroyedWindowSink& engine)
+AppWatcher::AppWatcher(Token, const RunningApplicationRef& app, DestroyedWindowSink& engine,
+                       const WatcherContext& context)
     : pid(app->processIdentifier()),
       name(nameOf(app)),
       bundleID(app->bundleIdentifier().value_or("<none>")),
-      attachedAt(currentTime()),
+      attachedAt(context.clock.now()),
+      context_(context),
       engine_(engine) {}
 
 AppWatcher::~AppWatcher() {
@@ -50,7 +46,7 @@ AppWatcher::~AppWatcher() {
 }
 
 bool AppWatcher::attach() {
-    Accessibility& ax = *platform().accessibility;
+    Accessibility& ax = context_.accessibility;
     appElement_ = ax.createApplication(pid);
     if (appElement_) appElement_->setMessagingTimeout(1.0f);
 

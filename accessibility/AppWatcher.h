@@ -13,12 +13,20 @@
 #include "accessibility/CloseButtonMiss.h"
 #include "accessibility/WindowRef.h"
 #include "platform/Accessibility.h"
+#include "platform/MainQueue.h"
 #include "platform/Types.h"
 #include "platform/Workspace.h"
 
 namespace quelto {
 
 class AppWatcher;
+
+// What a watcher reaches of the system; all three outlive every watcher.
+struct WatcherContext {
+    Accessibility& accessibility;
+    MainQueue& mainQueue;  // the close-button retries and the notification retries
+    Clock& clock;          // `attachedAt`
+};
 
 // The engine's entry for destroyed windows, as a watcher sees it.
 class DestroyedWindowSink {
@@ -37,9 +45,11 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     // init(app:engine:): nullptr when the process id is below 1 or no observer can be made.
     // The engine is not owned and must outlive the watcher.
     static std::shared_ptr<AppWatcher> create(const RunningApplicationRef& app,
-                                              DestroyedWindowSink& engine);
+                                              DestroyedWindowSink& engine,
+                                              const WatcherContext& context);
 
-    AppWatcher(Token, const RunningApplicationRef& app, DestroyedWindowSink& engine);
+    AppWatcher(Token, const RunningApplicationRef& app, DestroyedWindowSink& engine,
+               const WatcherContext& context);
     ~AppWatcher();
     AppWatcher(const AppWatcher&) = delete;
     AppWatcher& operator=(const AppWatcher&) = delete;
@@ -100,6 +110,7 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     void storeFrame(const WindowRef& ref, Rect frame);
     void forgetFrame(const WindowRef& ref);
 
+    WatcherContext context_;
     AXElement appElement_;
     std::unique_ptr<AXObserver> observer_;
     std::unordered_set<WindowRef> watchedWindows_;

@@ -8,7 +8,6 @@
 #include "accessibility/AXRead.h"
 #include "accessibility/AppWatcher.h"
 #include "accessibility/WindowClassification.h"
-#include "platform/Platform.h"
 #include "settings/Log.h"
 
 namespace quelto {
@@ -110,11 +109,11 @@ bool AppWatcher::refreshCloseButton(const AXElement& window, int attempt) {
         return false;
     }
     if (miss.isWorthRetrying() && attempt <= lastRetriedAttempt) {
-        if (MainQueue* queue = platform().mainQueue) {
-            queue->asyncAfter(attempt * retryStep, [weak = weak_from_this(), window, attempt] {
-                if (auto self = weak.lock()) self->refreshCloseButton(window, attempt + 1);
-            });
-        }
+        context_.mainQueue.asyncAfter(attempt * retryStep,
+                                      [weak = weak_from_this(), window, attempt] {
+                                          if (auto self = weak.lock())
+                                              self->refreshCloseButton(window, attempt + 1);
+                                      });
     }
     return false;
 }

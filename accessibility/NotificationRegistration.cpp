@@ -9,7 +9,6 @@
 
 #include "accessibility/AppWatcher.h"
 #include "accessibility/WindowClassification.h"
-#include "platform/Platform.h"
 #include "settings/Log.h"
 
 namespace quelto {
@@ -61,11 +60,11 @@ void AppWatcher::registerAppNotifications(std::vector<std::string> names, int at
                     " tries — its new windows are found only at each close decision");
         return;
     }
-    MainQueue* queue = platform().mainQueue;
-    if (!queue) return;
-    queue->asyncAfter(retryDelays[attempt - 1], [weak = weak_from_this(), again, attempt] {
-        if (auto self = weak.lock()) self->registerAppNotifications(again, attempt + 1);
-    });
+    context_.mainQueue.asyncAfter(retryDelays[attempt - 1],
+                                  [weak = weak_from_this(), again, attempt] {
+                                      if (auto self = weak.lock())
+                                          self->registerAppNotifications(again, attempt + 1);
+                                  });
 }
 
 void AppWatcher::registerWindowNotifications(const AXElement& window,
@@ -81,11 +80,11 @@ void AppWatcher::registerWindowNotifications(const AXElement& window,
                     std::to_string(tries) + " tries — closing it may go unnoticed");
         return;
     }
-    MainQueue* queue = platform().mainQueue;
-    if (!queue) return;
-    queue->asyncAfter(retryDelays[attempt - 1], [weak = weak_from_this(), window, again, attempt] {
-        if (auto self = weak.lock()) self->registerWindowNotifications(window, again, attempt + 1);
-    });
+    context_.mainQueue.asyncAfter(
+        retryDelays[attempt - 1], [weak = weak_from_this(), window, again, attempt] {
+            if (auto self = weak.lock())
+                self->registerWindowNotifications(window, again, attempt + 1);
+        });
 }
 
 }  // namespace quelto

@@ -2,20 +2,24 @@
 
 #include "engine/Engine.h"
 #include "platform/NotificationCenter.h"
-#include "platform/Platform.h"
-#include "settings/Config.h"
 #include "settings/Log.h"
 #include "update/UpdateChecker.h"
 
 namespace quelto {
 
 std::shared_ptr<AppController> AppController::create(ApplicationHost& host,
+                                                     const ShellContext& shell,
+                                                     const EngineContext& engine,
                                                      std::function<void()> startEngine) {
-    return std::make_shared<AppController>(Token{}, host, std::move(startEngine));
+    return std::make_shared<AppController>(Token{}, host, shell, engine, std::move(startEngine));
 }
 
-AppController::AppController(Token, ApplicationHost& host, std::function<void()> startEngine)
-    : host_(host), engine_(Engine::create()), startEngineOverride_(std::move(startEngine)) {}
+AppController::AppController(Token, ApplicationHost& host, const ShellContext& shell,
+                             const EngineContext& engine, std::function<void()> startEngine)
+    : host_(host),
+      shell_(shell),
+      engine_(Engine::create(engine)),
+      startEngineOverride_(std::move(startEngine)) {}
 
 AppController::~AppController() = default;
 
@@ -24,12 +28,13 @@ void AppController::applicationDidFinishLaunching() {
     // gone (the workspace lists it until the main run loop takes in its termination) is no
     // copy to hand over to: activating it would fail, and this one would quit too, leaving
     // nothing running after a quick relaunch.
-    if (Workspace* ws = platform().workspace) {
-        const Pid own = ws->ownProcessIdentifier();
+    {
+        Workspace& ws = shell_.workspace;
+        const Pid own = ws.ownProcessIdentifier();
         std::string bundleID;
-        if (platform().system)
-            bundleID = platform().system->bundleInfoString("CFBundleIdentifier").value_or("");
-        for (const RunningApplicationRef& app : ws->runningApplications()) {
+        if (shell_.system)
+            bundleID = shell_.system->bundleInfoString("CFBundleIdentifier").value_or("");
+        for (const RunningApplicationRef& app : ws.runningApplications()) {
             if (!app || app->processIdentifier() == own || app->isTerminated()) continue;
             std::optional<std::string> id = app->bundleIdentifier();
             if (!id || *id != bundleID) continue;
@@ -40,23 +45,23 @@ void AppController::applicationDidFinishLaunching() {
     }
 
     // Log header.
-    Log::shared().write("", false);
+    blankLine();
     log("Quelto");
     detail("log file: " + Log::path());
 
     host_.installMainMenu(mainMenu());
 
     // First run.
-    if (Config::writeTemplateIfMissing()) {
+    if (shell_.config.writeTemplateIfMissing()) {
         log("first run — enabled, and set to start at login");
-        if (LoginItem* item = platform().loginItem) {
+        if (LoginItem* item = shell_.loginItem) {
             if (auto error = item->registerItem())
                 log("could not set start at login on first run: " + *error);
         }
     }
 
     // Status item.
-    statusItem_ = std::make_unique<StatusItemModel>();
+    statusItem_ = std::make_unique<StatusItemModel>(shell_);
     std::weak_ptr<AppController> weak = weak_from_this();
     statusItem_->onOpenWindow = [weak] {
         if (auto self = weak.lock()) self->showWindow(std::nullopt);
@@ -73,8 +78,7 @@ void AppController::applicationDidFinishLaunching() {
     });
 
     // Accessibility.
-    Accessibility* ax = platform().accessibility;
-    if (ax && ax->isProcessTrustedWithPrompt())
+    if (shell_.accessibility.isProcessTrustedWithPrompt())
         startEngine();
     else
         waitForPermission();
@@ -92,18 +96,15 @@ void AppController::waitForPermission() {
     log("Accessibility access not granted — waiting for it.");
     showWindow(std::nullopt);
     openAccessibilityPane();
-    MainQueue* queue = platform().mainQueue;
-    if (!queue) return;
     std::weak_ptr<AppController> weak = weak_from_this();
-    permissionTimer_ = queue->scheduleRepeating(permissionPollInterval, [weak] {
+    permissionTimer_ = shell_.mainQueue.scheduleRepeating(permissionPollInterval, [weak] {
         if (auto self = weak.lock()) self->permissionTick();
     });
 }
 
 void AppController::permissionTick() {
     if (!permissionTimer_.active()) return;
-    Accessibility* ax = platform().accessibility;
-    if (!ax || !ax->isProcessTrusted()) return;
+    if (!shell_.accessibility.isProcessTrusted()) return;
     permissionTimer_.cancel();
     log("Accessibility access granted — starting.");
     startEngine();
@@ -112,12 +113,12 @@ void AppController::permissionTick() {
 }
 
 void AppController::openAccessibilityPane() {
-    if (Workspace* ws = platform().workspace) ws->openURL(accessibilityPaneURL);
+    shell_.workspace.openURL(accessibilityPaneURL);
 }
 
 void AppController::showWindow(const std::optional<std::string>& tab) {
     if (!mainWindow_) {
-        mainWindow_ = std::make_shared<MainWindowModel>();
+        mainWindow_ = std::make_shared<MainWindowModel>(shell_);
         host_.createSettingsWindow(mainWindow_);
     }
     host_.setActivationPolicy(ActivationPolicy::regular);
@@ -144,7 +145,7 @@ void AppController::showSettings() {
 }
 
 void AppController::checkForUpdates() {
-    UpdateChecker::check(nullptr);
+    UpdateChecker::check(shell_.updateContext(), nullptr);
 }
 
 bool AppController::applicationShouldHandleReopen(bool /*hasVisibleWindows*/) {

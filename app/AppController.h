@@ -11,9 +11,11 @@
 
 #include "app/ApplicationHost.h"
 #include "app/StatusItemModel.h"
+#include "engine/EngineContext.h"
 #include "platform/Subscription.h"
 #include "ui/MainWindowModel.h"
 #include "ui/Presentation.h"
+#include "ui/ShellContext.h"
 
 namespace quelto {
 
@@ -23,11 +25,14 @@ class AppController : public std::enable_shared_from_this<AppController> {
     struct Token {};
 
   public:
-    // The engine is constructed with the controller (started later). `startEngine`, when
-    // given, replaces starting it (tests).
-    static std::shared_ptr<AppController> create(ApplicationHost& host,
+    // The engine is constructed with the controller (started later) from `engine`; the
+    // status item and the settings window get `shell`. The services of both outlive the
+    // controller. `startEngine`, when given, replaces starting it (tests).
+    static std::shared_ptr<AppController> create(ApplicationHost& host, const ShellContext& shell,
+                                                 const EngineContext& engine,
                                                  std::function<void()> startEngine = {});
-    AppController(Token, ApplicationHost& host, std::function<void()> startEngine);
+    AppController(Token, ApplicationHost& host, const ShellContext& shell,
+                  const EngineContext& engine, std::function<void()> startEngine);
     ~AppController();
     AppController(const AppController&) = delete;
     AppController& operator=(const AppController&) = delete;
@@ -66,6 +71,7 @@ class AppController : public std::enable_shared_from_this<AppController> {
     void permissionTick();
 
     ApplicationHost& host_;
+    const ShellContext shell_;
     std::unique_ptr<StatusItemModel> statusItem_;
     std::shared_ptr<MainWindowModel> mainWindow_;
     std::shared_ptr<Engine> engine_;

@@ -5,8 +5,13 @@
 #include "app/AppController.h"
 #include "app/ApplicationHost.h"
 #import "app/StatusItemController.h"
+#include "engine/EngineContext.h"
+#include "platform/macos/MacPlatform.h"
 #include "platform/macos/NSStrings.h"
+#include "settings/Activity.h"
+#include "settings/ConfigStore.h"
 #import "ui/MainWindowController.h"
+#include "ui/ShellContext.h"
 
 using quelto::mac::toNSString;
 
@@ -46,6 +51,46 @@ class DelegateHost final : public quelto::ApplicationHost {
     __weak AppDelegate* delegate_;
 };
 
+// The configuration file, named by the real clock.
+quelto::ConfigStore& configStore() {
+    static quelto::ConfigStore store(quelto::mac::macServices().clock);
+    return store;
+}
+
+// What the engine is handed: every real service.
+const quelto::EngineContext& engineContext() {
+    quelto::mac::MacServices& mac = quelto::mac::macServices();
+    static const quelto::EngineContext context{.clock = mac.clock,
+                                               .mainQueue = mac.mainQueue,
+                                               .workspace = mac.workspace,
+                                               .accessibility = mac.accessibility,
+                                               .mouse = mac.mouse,
+                                               .windowServer = &mac.windowServer,
+                                               .loginItem = &mac.loginItem,
+                                               .collation = &mac.collation,
+                                               .config = configStore(),
+                                               .journal = quelto::Activity::shared()};
+    return context;
+}
+
+// What the status item, the settings window and the update check are handed.
+const quelto::ShellContext& shellContext() {
+    quelto::mac::MacServices& mac = quelto::mac::macServices();
+    static const quelto::ShellContext context{.clock = mac.clock,
+                                              .mainQueue = mac.mainQueue,
+                                              .workspace = mac.workspace,
+                                              .accessibility = mac.accessibility,
+                                              .loginItem = &mac.loginItem,
+                                              .collation = &mac.collation,
+                                              .system = &mac.system,
+                                              .http = &mac.http,
+                                              .alerts = &mac.alerts,
+                                              .pasteboard = &mac.pasteboard,
+                                              .config = configStore(),
+                                              .journal = quelto::Activity::shared()};
+    return context;
+}
+
 NSMenuItem* menuItem(const quelto::MainMenuItem& item, id delegateTarget) {
     if (item.separator) return [NSMenuItem separatorItem];
     // An upper-case key equivalent ("Z") already means shift-command.
@@ -70,7 +115,7 @@ NSMenuItem* menuItem(const quelto::MainMenuItem& item, id delegateTarget) {
 - (instancetype)init {
     if ((self = [super init])) {
         _host = std::make_unique<DelegateHost>(self);
-        _controller = quelto::AppController::create(*_host);
+        _controller = quelto::AppController::create(*_host, shellContext(), engineContext());
     }
     return self;
 }

@@ -3,7 +3,6 @@
 #include <cstddef>
 
 #include "platform/NotificationCenter.h"
-#include "platform/Platform.h"
 #include "settings/Activity.h"
 #include "settings/Log.h"
 #include "ui/Presentation.h"
@@ -37,23 +36,21 @@ struct Frontmost {
     std::string name;
 };
 
-std::optional<Frontmost> frontmostApplication(bool requireRow) {
-    Workspace* ws = platform().workspace;
-    if (!ws) return std::nullopt;
-    RunningApplicationRef app = ws->frontmostApplication();
+std::optional<Frontmost> frontmostApplication(const ShellContext& shell, bool requireRow) {
+    RunningApplicationRef app = shell.workspace.frontmostApplication();
     if (!app) return std::nullopt;
     std::optional<std::string> id = app->bundleIdentifier();
     if (!id) return std::nullopt;
     if (requireRow) {
         if (app->activationPolicy() != ActivationPolicy::regular) return std::nullopt;
-        if (*id == ownBundleIdentifier()) return std::nullopt;
+        if (*id == ownBundleIdentifier(shell.system)) return std::nullopt;
     }
     return Frontmost{*id, app->localizedName().value_or(*id)};
 }
 
 }  // namespace
 
-StatusItemModel::StatusItemModel() {
+StatusItemModel::StatusItemModel(const ShellContext& shell) : shell_(shell) {
     refreshIcon();
 }
 
@@ -73,12 +70,12 @@ StatusIcon StatusItemModel::iconFor(const Config& config) {
 }
 
 void StatusItemModel::refreshIcon() {
-    icon_ = iconFor(Config::load());
+    icon_ = iconFor(shell_.config.load());
     if (onIconChanged) onIconChanged(icon_);
 }
 
 std::vector<MenuRow> StatusItemModel::menuNeedsUpdate() const {
-    const Config config = Config::load();
+    const Config config = shell_.config.load();
     std::vector<MenuRow> rows;
 
     MenuRow live = row("Quelto is on", MenuAction::toggleLive);
@@ -89,8 +86,7 @@ std::vector<MenuRow> StatusItemModel::menuNeedsUpdate() const {
     rows.push_back(MenuRow::makeSeparator());
 
     MenuRow login = row("Start at login", MenuAction::toggleLoginItem);
-    login.checked =
-        platform().loginItem && platform().loginItem->status() == LoginItem::Status::enabled;
+    login.checked = shell_.loginItem && shell_.loginItem->status() == LoginItem::Status::enabled;
     rows.push_back(login);
 
     MenuRow quitWhen = row("Quit when…", MenuAction::none);
@@ -103,7 +99,7 @@ std::vector<MenuRow> StatusItemModel::menuNeedsUpdate() const {
     quitWhen.submenu = {lastWindow, redDot};
     rows.push_back(quitWhen);
 
-    if (auto front = frontmostApplication(true)) {
+    if (auto front = frontmostApplication(shell_, true)) {
         rows.push_back(MenuRow::makeSeparator());
         bool excluded = config.excluded.count(front->bundleID) > 0;
         rows.push_back(row((excluded ? "Stop excluding " : "Never quit ") + front->name,
@@ -111,15 +107,15 @@ std::vector<MenuRow> StatusItemModel::menuNeedsUpdate() const {
     }
 
     rows.push_back(MenuRow::makeSeparator());
-    const auto& entries = Activity::shared().entries();
+    const auto& entries = shell_.journal.entries();
     if (entries.empty()) {
         rows.push_back(info("No activity yet"));
     } else {
         rows.push_back(info("Recent"));
         for (std::size_t i = 0; i < entries.size() && i < recentRows; ++i) {
             const Activity::Entry& e = entries[i];
-            rows.push_back(info("   " + formatClockTime(e.at, false) + "  " + e.app + " — " +
-                                (e.quit ? std::string("quit") : e.outcome)));
+            rows.push_back(info("   " + formatClockTime(shell_.clock, e.at, false) + "  " + e.app +
+                                " — " + (e.quit ? std::string("quit") : e.outcome)));
         }
     }
 
@@ -160,10 +156,10 @@ void StatusItemModel::perform(MenuAction action,
 }
 
 void StatusItemModel::toggleLive() {
-    Config config = Config::load();
+    Config config = shell_.config.load();
     const bool wasOn = config.live;
     config.live = !wasOn;
-    config.save();
+    shell_.config.save(config);
     refreshIcon();
     NotificationCenter::defaultCenter().post(queltoConfigChanged);
     log(std::string("turned ") + (wasOn ? "off" : "on") + " from the menu bar");
@@ -173,43 +169,43 @@ void StatusItemModel::setMode(const std::optional<std::string>& representedObjec
     if (!representedObject) return;
     std::optional<Config::Mode> mode = Config::modeFromRaw(*representedObject);
     if (!mode) return;
-    Config config = Config::load();
+    Config config = shell_.config.load();
     config.mode = *mode;
-    config.save();
+    shell_.config.save(config);
     log("mode set to " + std::string(Config::rawValue(*mode)) + " from the menu bar");
 }
 
 void StatusItemModel::toggleFrontmost() {
-    std::optional<Frontmost> front = frontmostApplication(false);
+    std::optional<Frontmost> front = frontmostApplication(shell_, false);
     if (!front) return;
-    Config config = Config::load();
+    Config config = shell_.config.load();
     if (config.excluded.erase(front->bundleID) > 0) {
         log(front->name + " is no longer excluded");
     } else {
         config.excluded.insert(front->bundleID);
         log(front->name + " will never be quit");
     }
-    config.save();
+    shell_.config.save(config);
 }
 
 void StatusItemModel::toggleLoginItem() {
-    LoginItem* item = platform().loginItem;
+    LoginItem* item = shell_.loginItem;
     if (!item) return;
     if (item->status() == LoginItem::Status::enabled) {
         if (auto error = item->unregisterItem())
-            reportLoginItemFailure(*error);
+            reportLoginItemFailure(shell_.alerts, *error);
         else
             log("will no longer start at login");
     } else {
         if (auto error = item->registerItem())
-            reportLoginItemFailure(*error);
+            reportLoginItemFailure(shell_.alerts, *error);
         else
             log("will start at login");
     }
 }
 
 void StatusItemModel::checkForUpdates() {
-    UpdateChecker::check(nullptr);
+    UpdateChecker::check(shell_.updateContext(), nullptr);
 }
 
 void StatusItemModel::openWindow() {

@@ -11,6 +11,7 @@
 
 #include "app/MenuRow.h"
 #include "settings/Config.h"
+#include "ui/ShellContext.h"
 
 namespace quelto {
 
@@ -29,8 +30,8 @@ struct StatusIcon {
 
 class StatusItemModel {
   public:
-    // `refreshIcon()`.
-    StatusItemModel();
+    // `refreshIcon()`. The services of `shell` outlive the model.
+    explicit StatusItemModel(const ShellContext& shell);
 
     // Active: `live` and something armed (all, or at least one identifier).
     static bool isActive(const Config& config);
@@ -64,6 +65,7 @@ class StatusItemModel {
     std::function<void(const StatusIcon&)> onIconChanged;
 
   private:
+    const ShellContext shell_;
     StatusIcon icon_;
 };
 

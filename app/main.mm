@@ -5,6 +5,7 @@
 
 #import "app/AppDelegate.h"
 #include "platform/macos/MacPlatform.h"
+#include "settings/Log.h"
 
 namespace {
 // The application keeps its delegate weakly: this reference keeps it for the whole process.
@@ -13,8 +14,9 @@ AppDelegate* delegate;
 
 int main(int, const char*[]) {
     @autoreleasepool {
-        // The platform goes in first: the delegate's controller and engine read it at once.
-        quelto::mac::installMacPlatform();
+        // The services go first (the delegate hands them to its controller and engine at
+        // once), and the log is stamped with their clock.
+        quelto::Log::shared().setClock(&quelto::mac::macServices().clock);
         NSApplication* application = NSApplication.sharedApplication;
         delegate = [[AppDelegate alloc] init];
         application.delegate = delegate;

@@ -6,13 +6,14 @@
 
 #include "platform/Platform.h"
 #include "settings/Config.h"
+#include "settings/ConfigStore.h"
 #include "settings/Log.h"
 
 namespace quelto::bench {
 
 void writeConfigFile(const std::string& text) {
-    std::filesystem::create_directories(Config::directory());
-    std::ofstream out(Config::path(), std::ios::binary | std::ios::trunc);
+    std::filesystem::create_directories(ConfigStore::directory());
+    std::ofstream out(ConfigStore::path(), std::ios::binary | std::ios::trunc);
     out << text;
 }
 
@@ -24,7 +25,7 @@ Point closeButtonCentre(const sim::SimDesktop& desktop, sim::ElementId window) {
 BusyDesktop::BusyDesktop(int apps, int windowsPerApp, bool frontmostWatched)
     : desktop_(std::make_unique<sim::SimDesktop>()) {
     sim::SimDesktop& d = *desktop_;
-    d.install();
+    d.clockTheLog();
     d.setOwnPid(ownPid);
 
     sim::AppSpec quelto;
@@ -68,7 +69,7 @@ BusyDesktop::BusyDesktop(int apps, int windowsPerApp, bool frontmostWatched)
 
 BusyDesktop::~BusyDesktop() {
     // Quit checks hold the engine until they have run; let them finish before the desktop goes.
-    desktop_->install();
+    desktop_->clockTheLog();
     engine_.reset();
     desktop_->advance(60);
     Log::shared().drain();

@@ -8,6 +8,7 @@
 
 #include "bench/BusyDesktop.h"
 #include "settings/Config.h"
+#include "settings/ConfigStore.h"
 
 namespace quelto::bench {
 namespace {
@@ -56,11 +57,11 @@ std::string twoHundredLines() {
 
 void BM_ConfigLoadTemplate(benchmark::State& state) {
     writeConfigFile(Config::templateText());
-    if (!Config::load().armAll) {
+    if (!ConfigStore().load().armAll) {
         state.SkipWithError("the template did not load as written");
         return;
     }
-    for (auto _ : state) benchmark::DoNotOptimize(Config::load());
+    for (auto _ : state) benchmark::DoNotOptimize(ConfigStore().load());
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
                             static_cast<std::int64_t>(Config::templateText().size()));
 }
@@ -69,12 +70,12 @@ BENCHMARK(BM_ConfigLoadTemplate);
 void BM_ConfigLoad200Lines(benchmark::State& state) {
     std::string text = twoHundredLines();
     writeConfigFile(text);
-    Config loaded = Config::load();
+    Config loaded = ConfigStore().load();
     if (loaded.excluded.size() < 40 || loaded.armed.size() < 40) {
         state.SkipWithError("the 200-line file did not load as written");
         return;
     }
-    for (auto _ : state) benchmark::DoNotOptimize(Config::load());
+    for (auto _ : state) benchmark::DoNotOptimize(ConfigStore().load());
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
                             static_cast<std::int64_t>(text.size()));
 }

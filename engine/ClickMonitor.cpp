@@ -1,14 +1,10 @@
 #include "engine/ClickMonitor.h"
 
-#include "platform/Platform.h"
-
 namespace quelto {
 
 void ClickMonitor::start() {
-    MouseMonitor* mouse = platform().mouse;
-    if (!mouse) return;
     std::weak_ptr<ClickMonitor> weak = weak_from_this();
-    monitor = mouse->addGlobalLeftMouseDownMonitor([weak](Point at, ModifierFlags modifiers) {
+    monitor = mouse_.addGlobalLeftMouseDownMonitor([weak](Point at, ModifierFlags modifiers) {
         // The platform already gives the pointer in global top-left coordinates, so the
         // location is forwarded as it is, never flipped.
         auto self = weak.lock();
@@ -20,7 +16,7 @@ void ClickMonitor::start() {
 
 void ClickMonitor::stop() {
     if (monitor) {
-        if (MouseMonitor* mouse = platform().mouse) mouse->removeMonitor(*monitor);
+        mouse_.removeMonitor(*monitor);
     }
     monitor.reset();
 }

@@ -23,7 +23,8 @@ class ClickMonitor : public std::enable_shared_from_this<ClickMonitor> {
     // Called once per left mouse-down while installed; empty by default.
     Callback onClick;
 
-    ClickMonitor() = default;
+    // `mouse` outlives the monitor.
+    explicit ClickMonitor(MouseMonitor& mouse) : mouse_(mouse) {}
     ClickMonitor(const ClickMonitor&) = delete;
     ClickMonitor& operator=(const ClickMonitor&) = delete;
     // Releasing the monitor takes its handler off the platform, like every other observer.
@@ -34,6 +35,9 @@ class ClickMonitor : public std::enable_shared_from_this<ClickMonitor> {
     void start();
     // Removes the installed monitor, if any; always leaves `monitor` empty.
     void stop();
+
+  private:
+    MouseMonitor& mouse_;
 };
 
 }  // namespace quelto

@@ -1,30 +1,38 @@
-// The close decision: destroyed windows of one application are gathered for a moment, then
-// judged in one place, in a fixed order, and the outcome goes to the log and the journal.
+// The close decision, judged in one place, in a fixed order.
+
+#include "engine/CloseDecision.h"
 
 #include <cstdio>
-#include <string>
-#include <vector>
-
-#include "accessibility/WindowClassification.h"
-#include "engine/Engine.h"
-#include "platform/Platform.h"
-#include "settings/Activity.h"
-#include "settings/Config.h"
-#include "settings/Log.h"
 
 namespace quelto {
 
 namespace {
 
-Date now() {
-    return platform().clock->now();
+std::string graceText(double elapsed, const std::string& name) {
+    char seconds[64];
+    std::snprintf(seconds, sizeof seconds, "%.1f", elapsed);
+    return std::string("→ no action (only ") + seconds + "s since Quelto attached to " + name +
+           " — too early to tell a close from a launch-time window swap)";
 }
 
-void blankLine() {
-    Log::shared().write("", false);
+Verdict verdict(Verdict::Reason reason, std::vector<std::string> details, std::string outcome) {
+    return Verdict{reason, std::move(details), std::move(outcome)};
 }
 
-// The modifier bit that closes a window without quitting; 0 when there is none.
+}  // namespace
+
+long CloseFacts::windowsLeft() const {
+    if (!windows) return -1;
+    return static_cast<long>(windows->size()) + windowsElsewhere;
+}
+
+std::string CloseFacts::cause() const {
+    if (closes.wasRedDot) return closes.afterDialog ? "red dot — after a dialog" : "red dot";
+    if (closes.sawCloseButton) return "not the red dot (cmd-W / menu / programmatic)";
+    return "undetermined — " + (closes.misses.empty() ? std::string("no cached close button")
+                                                      : closes.misses.front().description());
+}
+
 ModifierFlags escapeMask(Config::Escape escape) {
     switch (escape) {
         case Config::Escape::shift:
@@ -37,204 +45,81 @@ ModifierFlags escapeMask(Config::Escape escape) {
     return 0;
 }
 
-std::string causeText(const PendingReport& report) {
-    if (report.wasRedDot) return report.afterDialog ? "red dot — after a dialog" : "red dot";
-    if (report.sawCloseButton) return "not the red dot (cmd-W / menu / programmatic)";
-    return "undetermined — " + (report.misses.empty() ? std::string("no cached close button")
-                                                      : report.misses.front().description());
-}
-
-std::string graceText(double elapsed, const std::string& name) {
-    char seconds[64];
-    std::snprintf(seconds, sizeof seconds, "%.1f", elapsed);
-    return std::string("→ no action (only ") + seconds + "s since Quelto attached to " + name +
-           " — too early to tell a close from a launch-time window swap)";
-}
-
-}  // namespace
-
-void Engine::windowDestroyed(const WindowRef& ref, const std::shared_ptr<AppWatcher>& watcher,
-                             bool hadCloseButton, std::optional<CloseButtonMiss> miss) {
-    if (!watcher) return;
-
-    std::optional<ClickRecord> click;
-    if (auto found = recentClicks.find(ref); found != recentClicks.end()) {
-        click = found->second;
-        recentClicks.erase(found);
-    }
-    // Only the red-dot verdict needs the click unexpired; an expired click still passes on
-    // its dialog flag and its modifiers.
-    bool redDot = click && now() <= click->expiry;
-
-    Pid pid = watcher->pid;
-    if (auto gathering = pending.find(pid); gathering != pending.end()) {
-        PendingReport& report = gathering->second;
-        report.windowsClosed += 1;
-        report.wasRedDot = report.wasRedDot || redDot;
-        report.afterDialog = report.afterDialog || (click && click->sustained);
-        report.sawCloseButton = report.sawCloseButton || hadCloseButton;
-        if (miss) report.misses.push_back(*miss);
-        if (click) report.modifiers = click->modifiers;
-        return;
-    }
-
-    PendingReport report;
-    report.windowsClosed = 1;
-    report.wasRedDot = redDot;
-    report.afterDialog = click && click->sustained;
-    report.sawCloseButton = hadCloseButton;
-    if (miss) report.misses.push_back(*miss);
-    report.modifiers = click ? click->modifiers : 0;
-    pending.insert_or_assign(pid, std::move(report));
-
-    std::weak_ptr<Engine> weakEngine = weak_from_this();
-    std::weak_ptr<AppWatcher> weakWatcher = watcher;
-    platform().mainQueue->asyncAfter(PendingReport::gatheringDelay, [weakEngine, weakWatcher] {
-        auto engine = weakEngine.lock();
-        auto watcher = weakWatcher.lock();
-        if (!engine || !watcher) return;
-        auto gathered = engine->pending.find(watcher->pid);
-        if (gathered == engine->pending.end()) return;
-        PendingReport report = std::move(gathered->second);
-        engine->pending.erase(gathered);
-        engine->report(report, watcher);
-    });
-}
-
-void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatcher>& watcher) {
-    Workspace* workspace = platform().workspace;
-    if (!workspace || !workspace->runningApplication(watcher->pid)) {
-        log(watcher->name + "  window closed — app already gone");
-        blankLine();
-        return;
-    }
-
-    watcher->resync();
-    AppWatcher::UserWindowList remaining = watcher->readUserWindows();
-    // A list that could not be read is unknown, never zero windows; the journal says so
-    // with a count of -1.
-    long left = remaining.known ? static_cast<long>(remaining.windows.size()) : -1;
-
+Verdict decide(const CloseFacts& facts, const std::optional<Config>& loaded) {
+    using Reason = Verdict::Reason;
     // The built-in protection comes before the configuration is even read.
-    bool neverQuit = neverQuitBundleIDs().count(watcher->bundleID) != 0;
-    // Read now, for this decision only: hand edits count from the next close on.
-    std::optional<Config> loaded;
-    if (!neverQuit) loaded = Config::load();
-
-    // Accessibility lists only this Space's windows. In last-window mode, those the window
-    // server shows on other Spaces or in full screen remain too.
-    int elsewhere = 0;
-    if (loaded && loaded->mode == Config::Mode::lastWindow && remaining.known) {
-        elsewhere = windowsOnOtherSpaces(watcher->pid, remaining.windows);
-        left += elsewhere;
-    }
-
-    std::string cause = causeText(gathered);
-    std::string closed = gathered.windowsClosed == 1
-                             ? std::string("window")
-                             : std::to_string(gathered.windowsClosed) + " windows";
-    log(watcher->name + " (" + watcher->bundleID + ")  " + closed + " closed  ←  " + cause);
-    detail("windows remaining: " + (remaining.known ? std::to_string(left) : "unknown"));
-    for (const auto& window : remaining.windows)
-        detail("  · " + windowTitle(window) + "  [" + subroleDescription(window) + "]");
-    if (elsewhere > 0) detail("  · " + std::to_string(elsewhere) + " more on other Spaces");
-
-    auto conclude = [&](const std::string& outcome, bool quit) {
-        Activity::shared().record(Activity::Entry{.at = now(),
-                                                  .app = watcher->name,
-                                                  .bundleID = watcher->bundleID,
-                                                  .cause = cause,
-                                                  .windowsLeft = left,
-                                                  .outcome = outcome,
-                                                  .quit = quit});
-        blankLine();
-    };
-
-    if (neverQuit) {
-        detail("→ EXCLUDED (never-quit list)");
-        conclude("always protected", false);
-        return;
-    }
+    if (facts.neverQuit || !loaded)
+        return verdict(Reason::neverQuit, {"→ EXCLUDED (never-quit list)"}, "always protected");
     const Config& config = *loaded;
+    const PendingReport& closes = facts.closes;
 
-    if (ModifierFlags mask = escapeMask(config.escape); mask != 0 && (gathered.modifiers & mask)) {
+    if (ModifierFlags mask = escapeMask(config.escape); mask != 0 && (closes.modifiers & mask)) {
         std::string escape(Config::rawValue(config.escape));
-        detail("→ no action (" + escape + " held — close without quitting)");
-        conclude(escape + " held — kept running", false);
-        return;
+        return verdict(Reason::escapeHeld,
+                       {"→ no action (" + escape + " held — close without quitting)"},
+                       escape + " held — kept running");
     }
 
     bool disabledButton = false;
-    for (const auto& miss : gathered.misses)
+    for (const auto& miss : closes.misses)
         if (miss.kind == CloseButtonMiss::Kind::disabled) disabledButton = true;
-    if (disabledButton && !gathered.wasRedDot && !gathered.sawCloseButton) {
-        detail(
-            "→ no action (close button was disabled — the app closed this window, not the "
-            "user)");
-        conclude("close button disabled — kept running", false);
-        return;
-    }
+    if (disabledButton && !closes.wasRedDot && !closes.sawCloseButton)
+        return verdict(Reason::closeButtonDisabled,
+                       {"→ no action (close button was disabled — the app closed this window, "
+                        "not the user)"},
+                       "close button disabled — kept running");
 
-    if (!gathered.wasRedDot) {
-        double sinceAttach = now() - watcher->attachedAt;
-        if (sinceAttach < PendingReport::attachGrace) {
-            detail(graceText(sinceAttach, watcher->name));
-            conclude("too soon after attaching — kept running", false);
-            return;
-        }
-    }
+    if (!closes.wasRedDot && facts.sinceAttach < PendingReport::attachGrace)
+        return verdict(Reason::tooSoonAfterAttach, {graceText(facts.sinceAttach, facts.app)},
+                       "too soon after attaching — kept running");
 
-    bool lastWindowQuits = remaining.known && left == 0;
-    bool redDotQuits = gathered.wasRedDot;
-    detail(std::string("→ mode last-window: ") + (lastWindowQuits ? "WOULD QUIT" : "no action"));
-    detail(std::string("→ mode red-dot:     ") + (redDotQuits ? "WOULD QUIT" : "no action"));
+    const bool known = facts.windows.has_value();
+    const bool lastWindowQuits = known && facts.windowsLeft() == 0;
+    const bool redDotQuits = closes.wasRedDot;
+    std::vector<std::string> details = {
+        std::string("→ mode last-window: ") + (lastWindowQuits ? "WOULD QUIT" : "no action"),
+        std::string("→ mode red-dot:     ") + (redDotQuits ? "WOULD QUIT" : "no action"),
+    };
 
     // Windows that could not be counted are not zero windows: the last-window verdict is
     // never reached through an unreadable list. (Red-dot mode does not count windows.)
-    if (config.mode == Config::Mode::lastWindow && !remaining.known) {
-        detail("→ no action (could not read " + watcher->name +
-               "’s windows: " + remaining.error.name() + ")");
-        conclude("windows unknown — kept running", false);
-        return;
+    if (config.mode == Config::Mode::lastWindow && !known) {
+        details.push_back("→ no action (could not read " + facts.app +
+                          "’s windows: " + facts.windowsError.name() + ")");
+        return verdict(Reason::windowsUnknown, std::move(details),
+                       "windows unknown — kept running");
     }
 
     bool wouldQuit = config.mode == Config::Mode::lastWindow ? lastWindowQuits : redDotQuits;
-    if (!wouldQuit) {
-        conclude("no action", false);
-        return;
-    }
+    if (!wouldQuit) return verdict(Reason::noAction, std::move(details), "no action");
 
     if (!config.live) {
-        detail("→ dry run (live = false)");
-        conclude("paused — would have quit", false);
-        return;
+        details.push_back("→ dry run (live = false)");
+        return verdict(Reason::paused, std::move(details), "paused — would have quit");
     }
 
-    if (config.excluded.count(watcher->bundleID) != 0) {
-        detail("→ excluded by config");
-        conclude("excluded — kept running", false);
-        return;
+    if (config.excluded.count(facts.bundleID) != 0) {
+        details.push_back("→ excluded by config");
+        return verdict(Reason::excludedByConfig, std::move(details), "excluded — kept running");
     }
 
-    if (config.mayQuit(watcher->bundleID)) {
-        // The journal says what happened, not what was decided: only a request that went out
-        // is "quitting".
-        switch (terminate(watcher)) {
-            case QuitAttempt::requested:
-                conclude("quitting", true);
-                return;
-            case QuitAttempt::throttled:
-                conclude("quit already requested", false);
-                return;
-            case QuitAttempt::appGone:
-                conclude("app already gone", false);
-                return;
-        }
-        return;
-    }
+    if (config.mayQuit(facts.bundleID))
+        return verdict(Reason::quit, std::move(details), "quitting");
 
-    detail("→ dry run (" + watcher->bundleID + " is not armed)");
-    conclude("not armed", false);
+    details.push_back("→ dry run (" + facts.bundleID + " is not armed)");
+    return verdict(Reason::notArmed, std::move(details), "not armed");
+}
+
+std::string quitOutcome(QuitAttempt attempt) {
+    switch (attempt) {
+        case QuitAttempt::requested:
+            return "quitting";
+        case QuitAttempt::throttled:
+            return "quit already requested";
+        case QuitAttempt::appGone:
+            return "app already gone";
+    }
+    return "quitting";
 }
 
 }  // namespace quelto

@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/Platform.h"
-#include "settings/Config.h"
+#include "settings/ConfigStore.h"
 #include "settings/Log.h"
 
 namespace quelto {
@@ -17,19 +16,6 @@ namespace {
 // The longest any Accessibility call may hold the main thread, in seconds.
 constexpr float accessibilityTimeout = 1.0f;
 
-Date now() {
-    return platform().clock->now();
-}
-
-void blankLine() {
-    Log::shared().write("", false);
-}
-
-Pid ownProcessIdentifier() {
-    Workspace* workspace = platform().workspace;
-    return workspace ? workspace->ownProcessIdentifier() : 0;
-}
-
 // The name a log line uses for an application that has no watcher.
 std::string displayName(const RunningApplication& app) {
     if (auto name = app.localizedName()) return *name;
@@ -38,18 +24,33 @@ std::string displayName(const RunningApplication& app) {
 
 }  // namespace
 
-std::shared_ptr<Engine> Engine::create() {
-    return std::make_shared<Engine>(Token{});
+std::shared_ptr<Engine> Engine::create(const EngineContext& context) {
+    auto engine = std::make_shared<Engine>(Token{}, context);
+    engine->makeParts();
+    return engine;
 }
 
-Engine::Engine(Token)
-    : clickMonitor(std::make_shared<ClickMonitor>()), ownPID(ownProcessIdentifier()) {}
+Engine::Engine(Token, const EngineContext& context)
+    : context_(context),
+      ownPID_(context.workspace.ownProcessIdentifier()),
+      clickMonitor_(std::make_shared<ClickMonitor>(context.mouse)) {}
 
 Engine::~Engine() = default;
 
+void Engine::makeParts() {
+    std::weak_ptr<const void> owner = weak_from_this();
+    clicks_ = std::make_unique<ClickLedger>(context_, apps_, owner);
+    closes_ = std::make_unique<CloseGatherer>(
+        context_, owner,
+        [this](const PendingReport& report, const std::shared_ptr<AppWatcher>& watcher) {
+            this->report(report, watcher);
+        });
+    quits_ = std::make_unique<QuitRequester>(context_, owner);
+}
+
 bool Engine::isCandidate(const RunningApplication& app) const {
     Pid pid = app.processIdentifier();
-    return app.activationPolicy() == ActivationPolicy::regular && pid != ownPID && pid > 0;
+    return app.activationPolicy() == ActivationPolicy::regular && pid != ownPID_ && pid > 0;
 }
 
 void Engine::start() {
@@ -57,60 +58,49 @@ void Engine::start() {
     // watchers give each application element one second, but the windows and buttons read
     // from it would wait the platform default of 6 s. The system-wide element's time-out is
     // the default of every element: one second bounds every call Quelto makes.
-    if (Accessibility* ax = platform().accessibility) {
-        AXError set = ax->setSystemWideMessagingTimeout(accessibilityTimeout);
-        if (!set.isSuccess())
-            log("could not bound Accessibility calls to 1 s (" + set.name() +
-                ") — an app that hangs can hold Quelto up to 6 s a call");
-    }
+    AXError set = context_.accessibility.setSystemWideMessagingTimeout(accessibilityTimeout);
+    if (!set.isSuccess())
+        log("could not bound Accessibility calls to 1 s (" + set.name() +
+            ") — an app that hangs can hold Quelto up to 6 s a call");
 
     std::weak_ptr<Engine> weak = weak_from_this();
 
-    clickMonitor->onClick = [weak](Point at, ModifierFlags modifiers) {
+    clickMonitor_->onClick = [weak](Point at, ModifierFlags modifiers) {
         if (auto engine = weak.lock()) engine->handleClick(at, modifiers);
     };
-    clickMonitor->start();
+    clickMonitor_->start();
 
-    Workspace* workspace = platform().workspace;
-    if (workspace) {
-        launches_ = workspace->observeLaunches([weak](const RunningApplicationRef& app) {
-            if (auto engine = weak.lock()) engine->appLaunched(app);
-        });
-        terminations_ = workspace->observeTerminations([weak](const RunningApplicationRef& app) {
-            if (auto engine = weak.lock()) engine->appTerminated(app);
-        });
-    }
+    Workspace& workspace = context_.workspace;
+    launches_ = workspace.observeLaunches([weak](const RunningApplicationRef& app) {
+        if (auto engine = weak.lock()) engine->appLaunched(app);
+    });
+    terminations_ = workspace.observeTerminations([weak](const RunningApplicationRef& app) {
+        if (auto engine = weak.lock()) engine->appTerminated(app);
+    });
 
-    Config::writeTemplateIfMissing();
-    log(Config::load().summary());
-    detail("config: " + Config::path());
+    context_.config.writeTemplateIfMissing();
+    log(context_.config.load().summary());
+    detail("config: " + ConfigStore::path());
     blankLine();
 
     std::vector<RunningApplicationRef> candidates;
-    if (workspace) {
-        for (const auto& app : workspace->runningApplications())
-            if (app && isCandidate(*app)) candidates.push_back(app);
-    }
+    for (const auto& app : workspace.runningApplications())
+        if (app && isCandidate(*app)) candidates.push_back(app);
 
     log("attaching to " + std::to_string(candidates.size()) + " foreground apps");
     for (const auto& app : candidates) {
         Pid pid = app->processIdentifier();
-        auto found = watchers.find(pid);
-        if (found == watchers.end()) {
-            if (auto watcher = AppWatcher::create(app, *this)) {
-                found = watchers.emplace(pid, std::move(watcher)).first;
-                watchedProcesses_.insert_or_assign(pid, app);
-            }
-        }
-        bool tracked = found != watchers.end();
+        std::shared_ptr<AppWatcher> watcher = apps_.watcherOf(pid);
+        if (!watcher) watcher = apps_.attach(app, *this, context_.watcherContext());
+        bool tracked = watcher != nullptr;
         std::string windows =
-            tracked ? std::to_string(found->second->trackedWindowCount()) + " windows" : "—";
+            tracked ? std::to_string(watcher->trackedWindowCount()) + " windows" : "—";
         detail(std::string("  ") + (tracked ? "✓" : "✗") + " " +
                app->localizedName().value_or("?") + "  (" +
                app->bundleIdentifier().value_or("no bundle id") + ")  " + windows);
     }
 
-    Config config = Config::load();
+    Config config = context_.config.load();
     bool armed = config.armAll || !config.armed.empty();
     if (config.live && armed)
         detail("armed — closing the last window of an armed app WILL quit it");
@@ -122,7 +112,7 @@ void Engine::start() {
 void Engine::appLaunched(const RunningApplicationRef& app) {
     if (!app || !isCandidate(*app)) return;
     std::weak_ptr<Engine> weak = weak_from_this();
-    platform().mainQueue->asyncAfter(launchAttachDelay, [weak, app] {
+    context_.mainQueue.asyncAfter(launchAttachDelay, [weak, app] {
         auto engine = weak.lock();
         if (!engine) return;
         // Gone before its watcher was due: its termination has been handled already, and a
@@ -130,12 +120,9 @@ void Engine::appLaunched(const RunningApplicationRef& app) {
         if (app->isTerminated()) return;
         Pid pid = app->processIdentifier();
         // A watcher left for an earlier process with this id does not stand in for this one.
-        if (engine->watchesDeadProcess(pid)) engine->forget(pid);
-        if (engine->watchers.find(pid) == engine->watchers.end()) {
-            auto watcher = AppWatcher::create(app, *engine);
-            if (!watcher) return;
-            engine->watchers.emplace(pid, std::move(watcher));
-            engine->watchedProcesses_.insert_or_assign(pid, app);
+        if (engine->apps_.watchesDeadProcess(pid)) engine->forget(pid);
+        if (!engine->apps_.isTracked(pid)) {
+            if (!engine->apps_.attach(app, *engine, engine->context_.watcherContext())) return;
         }
         log("now watching " + displayName(*app));
     });
@@ -145,20 +132,11 @@ void Engine::appTerminated(const RunningApplicationRef& app) {
     if (!app) return;
     Pid pid = app->processIdentifier();
 
-    auto tracked = watchers.find(pid);
-    std::string name = tracked != watchers.end() ? tracked->second->name : displayName(*app);
+    std::shared_ptr<AppWatcher> tracked = apps_.watcherOf(pid);
+    std::string name = tracked ? tracked->name : displayName(*app);
 
-    bool clicked = false;
-    if (!recentClicks.empty()) {
-        Date moment = now();
-        for (const auto& [window, click] : recentClicks) {
-            if (click.pid == pid && click.expiry > moment) {
-                clicked = true;
-                break;
-            }
-        }
-    }
-    bool inFlight = pending.count(pid) != 0;
+    bool clicked = clicks_->hasCountingClick(pid);
+    bool inFlight = closes_->isGathering(pid);
 
     if (clicked || inFlight) {
         log(name + " quit on its own while a close was in flight — nothing to do");
@@ -175,17 +153,14 @@ void Engine::appTerminated(const RunningApplicationRef& app) {
 }
 
 void Engine::forget(Pid pid) {
-    std::erase_if(recentClicks, [pid](const auto& entry) { return entry.second.pid == pid; });
-    pending.erase(pid);
-    lastTerminateAttempt.erase(pid);
-    watchers.erase(pid);
-    watchedProcesses_.erase(pid);
+    clicks_->forget(pid);
+    closes_->forget(pid);
+    quits_->forget(pid);
+    apps_.forget(pid);
 }
 
-bool Engine::watchesDeadProcess(Pid pid) const {
-    auto process = watchedProcesses_.find(pid);
-    return process != watchedProcesses_.end() && watchers.count(pid) != 0 &&
-           process->second->isTerminated();
+void Engine::handleClick(Point at, ModifierFlags modifiers) {
+    clicks_->handleClick(at, modifiers);
 }
 
 }  // namespace quelto

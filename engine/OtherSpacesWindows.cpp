@@ -3,18 +3,27 @@
 // full screen. The close decision counts them, so that closing the last window here does not
 // quit an application that still shows windows elsewhere.
 
+#include "engine/OtherSpacesWindows.h"
+
+#include <cmath>
 #include <vector>
 
 #include "accessibility/AXRead.h"
-#include "engine/Engine.h"
-#include "platform/Platform.h"
 
 namespace quelto {
 
-int windowsOnOtherSpaces(Pid pid, const std::vector<AXElement>& listed) {
-    WindowServer* server = platform().windowServer;
-    if (!server) return 0;
-    std::vector<WindowServerWindow> all = server->windowList(WindowListScope::allSpaces);
+bool sameWindowBounds(const Rect& windowServer, const Rect& accessibility) {
+    // Both services speak in points in the same global space; they may round a fractional
+    // frame differently, never by a whole point.
+    auto near = [](double a, double b) { return std::fabs(a - b) < 1.0; };
+    return near(windowServer.origin.x, accessibility.origin.x) &&
+           near(windowServer.origin.y, accessibility.origin.y) &&
+           near(windowServer.size.width, accessibility.size.width) &&
+           near(windowServer.size.height, accessibility.size.height);
+}
+
+int windowsOnOtherSpaces(WindowServer& server, Pid pid, const std::vector<AXElement>& listed) {
+    std::vector<WindowServerWindow> all = server.windowList(WindowListScope::allSpaces);
 
     std::vector<const WindowServerWindow*> own;
     for (const WindowServerWindow& w : all)

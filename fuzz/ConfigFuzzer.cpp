@@ -15,6 +15,7 @@
 #include <string_view>
 
 #include "settings/Config.h"
+#include "settings/ConfigStore.h"
 #include "settings/Utf8.h"
 
 using quelto::Config;
@@ -37,7 +38,7 @@ std::uint64_t fingerprint(std::string_view bytes) {
 }
 
 void writeRaw(std::string_view bytes) {
-    std::ofstream out(Config::path(), std::ios::binary | std::ios::trunc);
+    std::ofstream out(ConfigStore::path(), std::ios::binary | std::ios::trunc);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
@@ -50,7 +51,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     if (!mkdtemp(templ.data())) abort();
     home = templ;
     setenv("HOME", home.c_str(), 1);
-    fs::create_directories(Config::directory());
+    fs::create_directories(ConfigStore::directory());
     atexit([] {
         std::error_code ec;
         std::filesystem::remove_all(home, ec);
@@ -63,10 +64,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     if (!quelto::isValidUtf8(text)) {
         writeRaw(text);
-        if (!(Config::load() == Config()))
+        if (!(ConfigStore().load() == Config()))
             fail("bytes that are not UTF-8 did not load as the defaults", text);
         // Gone again, so that a later save does not keep it aside, as it would a user's.
-        std::remove(Config::path().c_str());
+        std::remove(ConfigStore::path().c_str());
         return 0;
     }
 
@@ -85,8 +86,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // so one input in sixteen takes this road, chosen by its own bytes so that a reproducer
     // replays the same way.
     if (fingerprint(text) % 16 == 0) {
-        first.save();
-        if (!(Config::load() == expected)) fail("save followed by load changed the policy", text);
+        ConfigStore().save(first);
+        if (!(ConfigStore().load() == expected))
+            fail("save followed by load changed the policy", text);
     }
 
     // The rest of the policy's surface on whatever was read.

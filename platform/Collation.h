@@ -26,7 +26,7 @@ class Collation {
 // Text that is not valid UTF-8 compares byte by byte, after valid text that ties with it.
 int compareNamesPortably(const std::string& a, const std::string& b);
 
-// The installed platform's order, or the portable one when the platform has none.
-int compareNames(const std::string& a, const std::string& b);
+// `collation`'s order, or the portable one when there is none.
+int compareNames(Collation* collation, const std::string& a, const std::string& b);
 
 }  // namespace quelto

@@ -33,40 +33,11 @@ class SystemClock final : public Clock {
     }
 };
 
-Platform& installed() {
-    static Platform p{.clock = &systemClock()};
-    return p;
-}
-
 }  // namespace
 
 Clock& systemClock() {
     static SystemClock clock;
     return clock;
-}
-
-Platform& platform() {
-    return installed();
-}
-
-void installPlatform(const Platform& p, bool replaceAll) {
-    Platform& cur = installed();
-    auto take = [replaceAll](auto*& dst, auto* src) {
-        if (src || replaceAll) dst = src;
-    };
-    take(cur.accessibility, p.accessibility);
-    take(cur.workspace, p.workspace);
-    take(cur.mainQueue, p.mainQueue);
-    take(cur.clock, p.clock);
-    take(cur.mouse, p.mouse);
-    take(cur.system, p.system);
-    take(cur.loginItem, p.loginItem);
-    take(cur.http, p.http);
-    take(cur.alerts, p.alerts);
-    take(cur.pasteboard, p.pasteboard);
-    take(cur.collation, p.collation);
-    take(cur.windowServer, p.windowServer);
-    if (!cur.clock) cur.clock = &systemClock();
 }
 
 }  // namespace quelto

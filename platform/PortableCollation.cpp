@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "platform/Collation.h"
-#include "platform/Platform.h"
 
 namespace quelto {
 
@@ -266,8 +265,7 @@ int compareNamesPortably(const std::string& a, const std::string& b) {
     return a < b ? -1 : 1;
 }
 
-int compareNames(const std::string& a, const std::string& b) {
-    Collation* collation = platform().collation;
+int compareNames(Collation* collation, const std::string& a, const std::string& b) {
     return collation ? collation->compareNames(a, b) : compareNamesPortably(a, b);
 }
 

@@ -1,15 +1,6 @@
 #include "settings/Config.h"
 
-#include <sys/stat.h>
-
-#include <filesystem>
 #include <vector>
-
-#include "platform/Platform.h"
-#include "settings/AtomicFile.h"
-#include "settings/ConfigFile.h"
-#include "settings/HomeDirectory.h"
-#include "settings/Log.h"
 
 namespace quelto {
 
@@ -97,12 +88,6 @@ void applyLine(Config& config, std::string_view line) {
     }
 }
 
-// Whether anything is at the path, a link that leads nowhere included.
-bool fileExists(const std::string& path) {
-    struct stat st;
-    return ::lstat(path.c_str(), &st) == 0;
-}
-
 std::string joined(const std::set<std::string>& items) {
     std::string out;
     for (const auto& item : items) {
@@ -147,28 +132,6 @@ std::optional<Config::Escape> Config::escapeFromRaw(std::string_view raw) {
     if (raw == "option") return Escape::option;
     if (raw == "none") return Escape::none;
     return std::nullopt;
-}
-
-const std::string& Config::directory() {
-    static const std::string dir = expandTilde("~/Library/Application Support/Quelto");
-    return dir;
-}
-
-const std::string& Config::path() {
-    static const std::string p = directory() + "/config.txt";
-    return p;
-}
-
-Config Config::load() {
-    ConfigFileRead file = readConfigFile(path());
-    if (file.state != ConfigFileRead::State::readable) return Config();
-    return parse(file.text);
-}
-
-std::optional<std::string> Config::fileProblem() {
-    ConfigFileRead file = readConfigFile(path());
-    if (file.state != ConfigFileRead::State::unreadable) return std::nullopt;
-    return file.problem;
 }
 
 Config Config::parse(std::string_view text) {
@@ -231,26 +194,6 @@ std::string Config::canonicalText() const {
     return text;
 }
 
-void Config::save() const {
-    std::error_code ec;
-    std::filesystem::create_directories(directory(), ec);
-    // What could not be read is the user's, not ours to replace: one stray byte must not
-    // cost them their arming and exclusions. It goes aside first, once; the next save finds
-    // the file just written.
-    if (auto problem = fileProblem()) {
-        Clock& clock = platform().clock ? *platform().clock : systemClock();
-        std::string error;
-        auto aside = moveAside(path(), clock.localTime(clock.now()), error);
-        if (!aside) {
-            log("config.txt " + *problem + " — could not move it aside (" + error +
-                "), so the settings were not saved");
-            return;
-        }
-        log("config.txt " + *problem + " — moved it aside to " + *aside + " before saving");
-    }
-    writeFileAtomically(path(), canonicalText());
-}
-
 const std::string& Config::templateText() {
     static const std::string text =
         "# Quelto configuration\n"
@@ -282,14 +225,6 @@ const std::string& Config::templateText() {
         "# running with nothing open.\n"
         "escape = shift";
     return text;
-}
-
-bool Config::writeTemplateIfMissing() {
-    if (fileExists(path())) return false;
-    std::error_code ec;
-    std::filesystem::create_directories(directory(), ec);
-    writeFileAtomically(path(), templateText());
-    return true;
 }
 
 bool Config::mayQuit(const std::string& bundleID) const {

@@ -237,7 +237,6 @@ void Log::write(const std::string& message, bool timestamped) {
     std::string line;
     if (timestamped) {
         Clock* clock = impl_->clock.load(std::memory_order_acquire);
-        if (!clock) clock = platform().clock;
         if (!clock) clock = &systemClock();
         LocalTime now = clock->localTime(clock->now());
         line.reserve(14 + message.size() + 1);
@@ -264,6 +263,10 @@ void Log::setClock(Clock* clock) {
     impl_->clock.store(clock, std::memory_order_release);
 }
 
+void Log::clearClock(Clock* clock) {
+    impl_->clock.compare_exchange_strong(clock, nullptr, std::memory_order_acq_rel);
+}
+
 void Log::setMirror(std::function<void(const std::string&)> mirror) {
     impl_->enqueue(Impl::Item{{}, std::make_unique<Mirror>(std::move(mirror))});
 }
@@ -274,6 +277,10 @@ void log(const std::string& message) {
 
 void detail(const std::string& message) {
     Log::shared().detail(message);
+}
+
+void blankLine() {
+    Log::shared().write("", false);
 }
 
 }  // namespace quelto

@@ -35,9 +35,11 @@ class Log {
     void drain();
 
     // Injection points for tests and the simulator. The clock gives the time of each call
-    // (the platform's clock when none is set); the mirror receives each line as written to
+    // (the system clock when none is set); the mirror receives each line as written to
     // standard error (stderr when none is set; set a no-op to silence it).
     void setClock(Clock* clock);
+    // Goes back to the system clock if `clock` is the one set.
+    void clearClock(Clock* clock);
     void setMirror(std::function<void(const std::string&)> mirror);
 
     ~Log();
@@ -52,5 +54,7 @@ class Log {
 void log(const std::string& message);
 // Log.shared.detail(message).
 void detail(const std::string& message);
+// The blank, untimestamped line that ends a report.
+void blankLine();
 
 }  // namespace quelto

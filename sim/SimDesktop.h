@@ -13,7 +13,15 @@
 #include <string>
 #include <vector>
 
-#include "platform/Platform.h"
+#include "engine/EngineContext.h"
+#include "platform/Accessibility.h"
+#include "platform/MainQueue.h"
+#include "platform/MouseMonitor.h"
+#include "platform/Services.h"
+#include "platform/WindowServer.h"
+#include "platform/Workspace.h"
+#include "settings/ConfigStore.h"
+#include "ui/ShellContext.h"
 
 namespace quelto::sim {
 
@@ -112,8 +120,16 @@ class SimDesktop final : public Accessibility,
     SimDesktop(const SimDesktop&) = delete;
     SimDesktop& operator=(const SimDesktop&) = delete;
 
-    // Makes this desktop the process's platform (every member of `Platform`).
-    void install();
+    // What the engine and the interface are handed on this desktop: every service is the
+    // desktop itself (there is no collation: names follow the portable order), the
+    // configuration file is the usual one (its aside copies named by the desktop's clock)
+    // and the journal the process's.
+    const EngineContext& context() const { return *engineContext_; }
+    const ShellContext& shellContext() const { return *shellContext_; }
+    // The configuration file as this desktop's programs see it.
+    const ConfigStore& config() const { return *config_; }
+    // Stamps the process-wide log with this desktop's clock, until the desktop goes.
+    void clockTheLog();
 
     // ---- Time and the main queue ----
     // Runs every work item due within the next `seconds`, in due order (ties in submission
@@ -392,6 +408,9 @@ class SimDesktop final : public Accessibility,
 
   private:
     std::unique_ptr<State> state_;
+    std::unique_ptr<ConfigStore> config_;
+    std::unique_ptr<EngineContext> engineContext_;
+    std::unique_ptr<ShellContext> shellContext_;
 };
 
 }  // namespace quelto::sim

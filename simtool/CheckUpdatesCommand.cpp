@@ -3,7 +3,6 @@
 #include <mutex>
 #include <optional>
 
-#include "platform/Platform.h"
 #include "settings/Log.h"
 #include "update/AbsoluteURL.h"
 #include "update/UpdateChecker.h"
@@ -165,25 +164,20 @@ int runCheckUpdates(const std::vector<std::string>& args, std::ostream& out, std
     system.set("CFBundleVersion", options->build);
     system.set("CFBundleShortVersionString", options->version);
 
-    Platform saved = platform();
-    Platform mine = saved;
-    mine.http = &http;
-    mine.mainQueue = &queue;
-    mine.alerts = &alerts;
-    mine.workspace = &workspace;
-    mine.system = &system;
-    mine.clock = &systemClock();
-    installPlatform(mine);
+    const UpdateContext context{.mainQueue = queue,
+                                .workspace = workspace,
+                                .system = &system,
+                                .http = &http,
+                                .alerts = &alerts};
     std::optional<UpdateChecker::Site> savedSite;
     if (UpdateChecker::site() != UpdateChecker::buildSettingsSite())
         savedSite = UpdateChecker::site();
     UpdateChecker::setSite(site);
 
-    UpdateChecker::check(nullptr);
+    UpdateChecker::check(context, nullptr);
     queue.run();
 
     UpdateChecker::setSite(savedSite);
-    installPlatform(saved);
     printLog();
     Log::shared().setMirror({});
     Log::shared().drain();

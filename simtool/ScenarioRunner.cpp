@@ -8,10 +8,10 @@
 
 #include "app/AppController.h"
 #include "platform/BuildSettings.h"
-#include "platform/Platform.h"
 #include "settings/Activity.h"
 #include "settings/ActivityTestSeam.h"
 #include "settings/Config.h"
+#include "settings/ConfigStore.h"
 #include "settings/HomeDirectory.h"
 #include "settings/Log.h"
 #include "simtool/RunReport.h"
@@ -48,7 +48,6 @@ ScenarioRunner::~ScenarioRunner() {
     if (desktop_) {
         Log::shared().drain();
         Log::shared().setClock(nullptr);
-        installPlatform(Platform{});
         desktop_.reset();
     }
 }
@@ -57,20 +56,19 @@ RunResult ScenarioRunner::run() {
     home_ = homeDirectory();
     const std::string name = fs::path(home_).filename().string();
     if (home_.empty() || !startsWith(name, "quelto-") || !startsWith(Log::path(), home_ + "/") ||
-        !startsWith(Config::path(), home_ + "/")) {
+        !startsWith(ConfigStore::path(), home_ + "/")) {
         error(0, "refusing to run outside a private temporary home (HOME is " + inQuotes(home_) +
                      "): a run deletes Quelto’s log and configuration file");
         result_.exitStatus = 2;
         return result_;
     }
     result_.logPath = displayed(Log::path());
-    result_.configPath = displayed(Config::path());
+    result_.configPath = displayed(ConfigStore::path());
 
     desktop_ = std::make_unique<sim::SimDesktop>(scenario_.start, scenario_.utcOffsetSeconds);
-    desktop_->install();
     Log::shared().drain();
     Log::shared().setMirror([](const std::string&) {});
-    Log::shared().setClock(desktop_.get());
+    desktop_->clockTheLog();
     prepareFiles();
     ActivityTestSeam::startEmpty();
 
@@ -123,7 +121,7 @@ void ScenarioRunner::runNextAction() {
 
 void ScenarioRunner::prepareFiles() {
     std::error_code ec;
-    fs::remove(Config::path(), ec);
+    fs::remove(ConfigStore::path(), ec);
     fs::remove(Log::path(), ec);
     fs::create_directories(fs::path(Log::path()).parent_path(), ec);
 }
@@ -285,7 +283,7 @@ void ScenarioRunner::startQuelto(int line) {
             if (desktop_->isRunning(own)) desktop_->setFrontmost(own);
         },
         [this, own](ActivationPolicy policy) { desktop_->setActivationPolicy(own, policy); });
-    controller_ = AppController::create(*host_);
+    controller_ = AppController::create(*host_, desktop_->shellContext(), desktop_->context());
     controller_->applicationDidFinishLaunching();
 }
 
@@ -294,16 +292,16 @@ void ScenarioRunner::startQuelto(int line) {
 void ScenarioRunner::writeConfig(const std::optional<std::string>& text) {
     std::error_code ec;
     if (!text) {
-        fs::remove(Config::path(), ec);
+        fs::remove(ConfigStore::path(), ec);
         return;
     }
-    fs::create_directories(Config::directory(), ec);
-    std::ofstream out(Config::path(), std::ios::binary | std::ios::trunc);
+    fs::create_directories(ConfigStore::directory(), ec);
+    std::ofstream out(ConfigStore::path(), std::ios::binary | std::ios::trunc);
     out << *text;
 }
 
 std::optional<std::string> ScenarioRunner::readConfig() const {
-    return readFile(Config::path());
+    return readFile(ConfigStore::path());
 }
 
 std::vector<std::string> ScenarioRunner::logLines() {

@@ -1,7 +1,6 @@
 // The About tab and the diagnostics text put on the clipboard for support.
 
 #include "platform/BuildSettings.h"
-#include "platform/Platform.h"
 #include "settings/Log.h"
 #include "ui/MainWindowModel.h"
 #include "ui/Presentation.h"
@@ -20,28 +19,30 @@ std::string joined(const std::set<std::string>& ids) {
 
 }  // namespace
 
-MainWindowModel::AboutLines MainWindowModel::aboutLines() {
+MainWindowModel::AboutLines MainWindowModel::aboutLines(const ShellContext& shell) {
     AboutLines lines;
-    lines.versionLine = "Version " + bundleStringOrQuestionMark("CFBundleShortVersionString") +
-                        " (build " + bundleStringOrQuestionMark("CFBundleVersion") + ")";
+    lines.versionLine =
+        "Version " + bundleStringOrQuestionMark(shell.system, "CFBundleShortVersionString") +
+        " (build " + bundleStringOrQuestionMark(shell.system, "CFBundleVersion") + ")";
     lines.tagline =
         "Quits an app when you close its last window, so nothing sits in the Dock doing nothing.";
     lines.siteButton = build::siteHost;
-    lines.systemLine = systemLine();
+    lines.systemLine = systemLine(shell.system);
     lines.note =
         "Requires Accessibility access. Not sandboxed, so it cannot be sold through the Mac App "
         "Store.";
     return lines;
 }
 
-std::string MainWindowModel::diagnosticsText() {
-    const Config config = Config::load();
-    const bool trusted = platform().accessibility && platform().accessibility->isProcessTrusted();
+std::string MainWindowModel::diagnosticsText(const ShellContext& shell) {
+    const Config config = shell.config.load();
+    const bool trusted = shell.accessibility.isProcessTrusted();
 
     std::vector<std::string> lines;
-    lines.push_back("Quelto " + bundleStringOrQuestionMark("CFBundleShortVersionString") +
-                    "         (build " + bundleStringOrQuestionMark("CFBundleVersion") + ")");
-    lines.push_back(systemLine());
+    lines.push_back(
+        "Quelto " + bundleStringOrQuestionMark(shell.system, "CFBundleShortVersionString") +
+        "         (build " + bundleStringOrQuestionMark(shell.system, "CFBundleVersion") + ")");
+    lines.push_back(systemLine(shell.system));
     lines.push_back(std::string("Accessibility: ") + (trusted ? "granted" : "NOT GRANTED"));
     lines.push_back("");
     lines.push_back("Settings");
@@ -52,7 +53,7 @@ std::string MainWindowModel::diagnosticsText() {
     lines.push_back("  exclude: " + joined(config.excluded));
     lines.push_back("");
     lines.push_back("Recent activity");
-    const auto& entries = Activity::shared().entries();
+    const auto& entries = shell.journal.entries();
     if (entries.empty()) lines.push_back("  (none)");
     for (std::size_t i = 0; i < entries.size() && i < diagnosticsActivityLines; ++i)
         lines.push_back("  " + entries[i].app + " — " + entries[i].cause + " — " +
@@ -67,8 +68,8 @@ std::string MainWindowModel::diagnosticsText() {
 }
 
 void MainWindowModel::copyDiagnostics() {
-    const std::string text = diagnosticsText();
-    if (Pasteboard* pasteboard = platform().pasteboard) pasteboard->setString(text);
+    const std::string text = diagnosticsText(shell_);
+    if (Pasteboard* pasteboard = shell_.pasteboard) pasteboard->setString(text);
     log("diagnostics copied to the clipboard");
 }
 

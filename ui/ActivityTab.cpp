@@ -13,9 +13,10 @@ const std::vector<TableColumn>& MainWindowModel::activityColumns() {
     return columns;
 }
 
-MainWindowModel::ActivityRow MainWindowModel::activityRow(const Activity::Entry& entry) {
+MainWindowModel::ActivityRow MainWindowModel::activityRow(Clock& clock,
+                                                          const Activity::Entry& entry) {
     ActivityRow row;
-    row.time = formatClockTime(entry.at, true);
+    row.time = formatClockTime(clock, entry.at, true);
     row.app = entry.app;
     row.cause = entry.cause;
     row.outcome = entry.outcome;
@@ -26,12 +27,13 @@ MainWindowModel::ActivityRow MainWindowModel::activityRow(const Activity::Entry&
 }
 
 std::size_t MainWindowModel::activityRowCount() const {
-    return Activity::shared().entries().size();
+    return shell_.journal.entries().size();
 }
 
 std::vector<MainWindowModel::ActivityRow> MainWindowModel::activityRows() const {
     std::vector<ActivityRow> rows;
-    for (const Activity::Entry& e : Activity::shared().entries()) rows.push_back(activityRow(e));
+    for (const Activity::Entry& e : shell_.journal.entries())
+        rows.push_back(activityRow(shell_.clock, e));
     return rows;
 }
 

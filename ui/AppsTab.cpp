@@ -6,7 +6,6 @@
 
 #include "platform/Collation.h"
 #include "platform/NotificationCenter.h"
-#include "platform/Platform.h"
 #include "settings/Log.h"
 #include "ui/MainWindowModel.h"
 #include "ui/Presentation.h"
@@ -91,33 +90,29 @@ void MainWindowModel::rebuildApps(const Config& config) {
     std::vector<AppRow> rows;
     std::set<std::string> seen;
     const std::set<std::string>& builtIn = neverQuitBundleIDs();
-    Workspace* ws = platform().workspace;
+    Workspace& ws = shell_.workspace;
 
-    if (ws) {
-        const std::string own = ownBundleIdentifier();
-        for (const RunningApplicationRef& app : ws->runningApplications()) {
-            if (!app || app->activationPolicy() != ActivationPolicy::regular) continue;
-            std::optional<std::string> id = app->bundleIdentifier();
-            if (!id || *id == own) continue;
-            if (!seen.insert(*id).second) continue;
-            AppRow row;
-            row.name = app->localizedName().value_or(*id);
-            row.bundleID = *id;
-            row.running = true;
-            row.excluded = config.excluded.count(*id) > 0;
-            row.builtIn = builtIn.count(*id) > 0;
-            rows.push_back(std::move(row));
-        }
+    const std::string own = ownBundleIdentifier(shell_.system);
+    for (const RunningApplicationRef& app : ws.runningApplications()) {
+        if (!app || app->activationPolicy() != ActivationPolicy::regular) continue;
+        std::optional<std::string> id = app->bundleIdentifier();
+        if (!id || *id == own) continue;
+        if (!seen.insert(*id).second) continue;
+        AppRow row;
+        row.name = app->localizedName().value_or(*id);
+        row.bundleID = *id;
+        row.running = true;
+        row.excluded = config.excluded.count(*id) > 0;
+        row.builtIn = builtIn.count(*id) > 0;
+        rows.push_back(std::move(row));
     }
 
     for (const std::string& id : config.excluded) {
         if (seen.count(id)) continue;
         AppRow row;
         row.name = id;
-        if (ws) {
-            if (auto path = ws->pathForApplication(id))
-                row.name = withoutAppSuffix(ws->displayName(*path));
-        }
+        if (auto path = ws.pathForApplication(id))
+            row.name = withoutAppSuffix(ws.displayName(*path));
         row.bundleID = id;
         row.running = false;
         row.excluded = true;
@@ -125,21 +120,22 @@ void MainWindowModel::rebuildApps(const Config& config) {
         rows.push_back(std::move(row));
     }
 
-    std::stable_sort(rows.begin(), rows.end(), [](const AppRow& a, const AppRow& b) {
+    Collation* collation = shell_.collation;
+    std::stable_sort(rows.begin(), rows.end(), [collation](const AppRow& a, const AppRow& b) {
         if (a.running != b.running) return a.running;
-        return compareNames(a.name, b.name) < 0;
+        return compareNames(collation, a.name, b.name) < 0;
     });
     appRows_ = std::move(rows);
 }
 
 void MainWindowModel::toggleExclusion(const std::string& bundleID, bool boxChecked) {
     if (bundleID.empty()) return;
-    Config config = Config::load();
+    Config config = shell_.config.load();
     if (boxChecked)
         config.excluded.insert(bundleID);
     else
         config.excluded.erase(bundleID);
-    config.save();
+    shell_.config.save(config);
     for (AppRow& row : appRows_) {
         if (row.bundleID != bundleID) continue;
         row.excluded = boxChecked;
@@ -154,21 +150,20 @@ void MainWindowModel::addAppClicked() {
 }
 
 void MainWindowModel::addApp(const std::vector<std::string>& chosenPaths) {
-    Workspace* ws = platform().workspace;
-    if (!ws) return;
-    Config config = Config::load();
+    Workspace& ws = shell_.workspace;
+    Config config = shell_.config.load();
     std::vector<std::string> names;
     for (const std::string& path : chosenPaths) {
-        std::optional<std::string> id = ws->bundleIdentifierAtPath(path);
+        std::optional<std::string> id = ws.bundleIdentifierAtPath(path);
         if (!id || id->empty()) {
             log("could not read a bundle identifier from " + lastPathComponent(path));
             continue;
         }
         config.excluded.insert(*id);
-        names.push_back(withoutAppSuffix(ws->displayName(path)));
+        names.push_back(withoutAppSuffix(ws.displayName(path)));
     }
     if (names.empty()) return;
-    config.save();
+    shell_.config.save(config);
     std::string joined;
     for (const std::string& name : names) joined += (joined.empty() ? "" : ", ") + name;
     log("will never quit: " + joined);

@@ -1,6 +1,5 @@
 // The Help tab: the health checks, questions and answers, and the support links.
 
-#include "platform/Platform.h"
 #include "ui/MainWindowModel.h"
 
 namespace quelto {
@@ -70,11 +69,11 @@ const std::vector<MainWindowModel::QuestionAndAnswer>& MainWindowModel::question
 }
 
 void MainWindowModel::recomputeHelp() {
-    const Config config = Config::load();
-    const bool trusted = platform().accessibility && platform().accessibility->isProcessTrusted();
+    const Config config = shell_.config.load();
+    const bool trusted = shell_.accessibility.isProcessTrusted();
     const LoginItem::Status login =
-        platform().loginItem ? platform().loginItem->status() : LoginItem::Status::notFound;
-    checkRows_ = healthChecks(trusted, config, login, Config::fileProblem());
+        shell_.loginItem ? shell_.loginItem->status() : LoginItem::Status::notFound;
+    checkRows_ = healthChecks(trusted, config, login, shell_.config.fileProblem());
 }
 
 void MainWindowModel::refreshHelp() {

@@ -2,7 +2,6 @@
 
 #include "platform/BuildSettings.h"
 #include "platform/NotificationCenter.h"
-#include "platform/Platform.h"
 #include "settings/Log.h"
 #include "ui/Presentation.h"
 #include "update/UpdateChecker.h"
@@ -23,7 +22,8 @@ const MainWindowModel::Frame& MainWindowModel::frame() {
     return f;
 }
 
-MainWindowModel::MainWindowModel() : selectedTab_(frame().tabs.front().identifier) {
+MainWindowModel::MainWindowModel(const ShellContext& shell)
+    : shell_(shell), selectedTab_(frame().tabs.front().identifier) {
     // The Activity table follows the journal live.
     activityObserver_ = NotificationCenter::defaultCenter().addObserver(
         Activity::changed, [this] { activityChanged(); });
@@ -47,7 +47,7 @@ void MainWindowModel::select(const std::string& tab) {
 }
 
 void MainWindowModel::refresh() {
-    const Config config = Config::load();
+    const Config config = shell_.config.load();
 
     general_.liveOn = config.live;
     general_.statusLabel = config.live ? "Quelto is active" : "Quelto is paused";
@@ -65,7 +65,7 @@ void MainWindowModel::refresh() {
     }
 
     const LoginItem::Status login =
-        platform().loginItem ? platform().loginItem->status() : LoginItem::Status::notFound;
+        shell_.loginItem ? shell_.loginItem->status() : LoginItem::Status::notFound;
     general_.loginChecked =
         login == LoginItem::Status::requiresApproval || login == LoginItem::Status::enabled;
     general_.loginTitle = login == LoginItem::Status::requiresApproval
@@ -81,17 +81,17 @@ void MainWindowModel::refresh() {
 // ---- General ----
 
 void MainWindowModel::toggleLive(bool switchOn) {
-    Config config = Config::load();
+    Config config = shell_.config.load();
     config.live = switchOn;
-    config.save();
+    shell_.config.save(config);
     refresh();
     NotificationCenter::defaultCenter().post(queltoConfigChanged);
 }
 
 void MainWindowModel::changeQuitMode(int selectedSegment) {
-    Config config = Config::load();
+    Config config = shell_.config.load();
     config.mode = selectedSegment == 0 ? Config::Mode::lastWindow : Config::Mode::redDot;
-    config.save();
+    shell_.config.save(config);
     // The control already shows the choice; keep the model's copy of it in step.
     general_.modeSegment = selectedSegment == 0 ? 0 : 1;
 }
@@ -100,22 +100,22 @@ void MainWindowModel::changeEscape(int selectedIndex) {
     static constexpr Config::Escape order[] = {Config::Escape::shift, Config::Escape::option,
                                                Config::Escape::none};
     if (selectedIndex < 0 || selectedIndex > 2) return;
-    Config config = Config::load();
+    Config config = shell_.config.load();
     config.escape = order[selectedIndex];
-    config.save();
+    shell_.config.save(config);
     general_.escapeIndex = selectedIndex;
 }
 
 void MainWindowModel::toggleLoginItem(bool boxChecked) {
-    if (LoginItem* item = platform().loginItem) {
+    if (LoginItem* item = shell_.loginItem) {
         if (boxChecked) {
             if (auto error = item->registerItem())
-                reportLoginItemFailure(*error);
+                reportLoginItemFailure(shell_.alerts, *error);
             else
                 log("will start at login");
         } else {
             if (auto error = item->unregisterItem())
-                reportLoginItemFailure(*error);
+                reportLoginItemFailure(shell_.alerts, *error);
             else
                 log("will no longer start at login");
         }
@@ -127,22 +127,21 @@ void MainWindowModel::toggleLoginItem(bool boxChecked) {
 // ---- Files, links and the rest ----
 
 void MainWindowModel::revealLog() {
-    if (Workspace* ws = platform().workspace) ws->selectFile(Log::path());
+    shell_.workspace.selectFile(Log::path());
 }
 
 void MainWindowModel::revealConfig() {
-    if (Workspace* ws = platform().workspace) ws->selectFile(Config::path());
+    shell_.workspace.selectFile(ConfigStore::path());
 }
 
 void MainWindowModel::openAccessibility() {
-    if (Accessibility* ax = platform().accessibility) ax->isProcessTrustedWithPrompt();
+    shell_.accessibility.isProcessTrustedWithPrompt();
     openExternally(accessibilityPaneURL);
 }
 
 bool MainWindowModel::openExternally(const std::string& url) {
     if (!parsesAsURL(url)) return false;
-    Workspace* ws = platform().workspace;
-    return ws && ws->openURL(url);
+    return shell_.workspace.openURL(url);
 }
 
 std::string MainWindowModel::supportMailURL() {
@@ -178,7 +177,7 @@ void MainWindowModel::openPrivacy() {
 }
 
 void MainWindowModel::checkForUpdates(UpdateButton* from) {
-    UpdateChecker::check(from);
+    UpdateChecker::check(shell_.updateContext(), from);
 }
 
 bool MainWindowModel::perform(const std::string& action) {

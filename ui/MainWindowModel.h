@@ -17,6 +17,7 @@
 #include "platform/Subscription.h"
 #include "settings/Activity.h"
 #include "settings/Config.h"
+#include "ui/ShellContext.h"
 #include "ui/ViewElement.h"
 
 namespace quelto {
@@ -113,7 +114,8 @@ class MainWindowModel {
         TextColor color = TextColor::secondary;
         friend bool operator==(const ActivityRow&, const ActivityRow&) = default;
     };
-    static ActivityRow activityRow(const Activity::Entry& entry);
+    // The time is local time by `clock`.
+    static ActivityRow activityRow(Clock& clock, const Activity::Entry& entry);
     static const std::vector<TableColumn>& activityColumns();  // time, app, cause, outcome
     static constexpr double activityRowHeight = 24;
 
@@ -127,7 +129,7 @@ class MainWindowModel {
     };
     // The three checks, in display order: Accessibility, master switch, start at login.
     // `configProblem` is what is wrong with a settings file that cannot be read
-    // (`Config::fileProblem()`): the master switch check then fails and says so, since the
+    // (`ConfigStore::fileProblem()`): the master switch check then fails and says so, since the
     // switch it would report on is only the defaults'.
     static std::vector<HealthCheck> healthChecks(
         bool trusted, const Config& config, LoginItem::Status loginStatus,
@@ -148,10 +150,10 @@ class MainWindowModel {
         std::string systemLine;  // "macOS {major}.{minor}.{patch} · {machine}"
         std::string note;
     };
-    static AboutLines aboutLines();
+    static AboutLines aboutLines(const ShellContext& shell);
 
     // The diagnostics text for support, exactly as it goes on the pasteboard.
-    static std::string diagnosticsText();
+    static std::string diagnosticsText(const ShellContext& shell);
 
     // The link targets.
     static std::string supportMailURL();  // mailto:{support}?subject=Quelto%20help
@@ -161,8 +163,9 @@ class MainWindowModel {
     static std::string privacyURL();      // {site}/privacy
 
     // ---- Lifetime ----
-    // Builds the tabs, observes the activity journal, `refresh()`.
-    MainWindowModel();
+    // Builds the tabs, observes the activity journal, `refresh()`. The services of `shell`
+    // outlive the model.
+    explicit MainWindowModel(const ShellContext& shell);
     ~MainWindowModel();
     MainWindowModel(const MainWindowModel&) = delete;
     MainWindowModel& operator=(const MainWindowModel&) = delete;
@@ -233,6 +236,7 @@ class MainWindowModel {
     void rebuildApps(const Config& config);
     void recomputeHelp();
 
+    const ShellContext shell_;
     std::string selectedTab_;
     GeneralState general_;
     std::vector<AppRow> appRows_;

@@ -3,7 +3,6 @@
 #include <cstdio>
 
 #include "platform/BuildSettings.h"
-#include "platform/Platform.h"
 #include "settings/Log.h"
 
 namespace quelto {
@@ -38,9 +37,8 @@ bool parsesAsURL(std::string_view text) {
     return true;
 }
 
-std::string formatClockTime(Date date, bool seconds) {
-    Clock* clock = platform().clock ? platform().clock : &systemClock();
-    LocalTime t = clock->localTime(date);
+std::string formatClockTime(Clock& clock, Date date, bool seconds) {
+    LocalTime t = clock.localTime(date);
     std::string s = twoDigits(t.hour) + ":" + twoDigits(t.minute);
     if (seconds) {
         s += ':';
@@ -49,17 +47,17 @@ std::string formatClockTime(Date date, bool seconds) {
     return s;
 }
 
-std::string ownBundleIdentifier() {
-    if (SystemInfo* sys = platform().system) {
+std::string ownBundleIdentifier(SystemInfo* sys) {
+    if (sys) {
         if (auto id = sys->bundleInfoString("CFBundleIdentifier")) return *id;
     }
     return build::bundleID;
 }
 
-std::string systemLine() {
+std::string systemLine(SystemInfo* sys) {
     SystemInfo::OSVersion v;
     std::string machine;
-    if (SystemInfo* sys = platform().system) {
+    if (sys) {
         v = sys->operatingSystemVersion();
         machine = sys->machineName();
     }
@@ -68,16 +66,16 @@ std::string systemLine() {
            std::to_string(v.patch) + " · " + shown;
 }
 
-std::string bundleStringOrQuestionMark(const std::string& key) {
-    if (SystemInfo* sys = platform().system) {
+std::string bundleStringOrQuestionMark(SystemInfo* sys, const std::string& key) {
+    if (sys) {
         if (auto value = sys->bundleInfoString(key)) return *value;
     }
     return "?";
 }
 
-void reportLoginItemFailure(const std::string& error) {
+void reportLoginItemFailure(Alerts* alerts, const std::string& error) {
     log("could not change the login item: " + error);
-    if (Alerts* alerts = platform().alerts) {
+    if (alerts) {
         alerts->present(AlertSpec{"Couldn’t change the login setting",
                                   error + "\n\nYou can also set this yourself in System Settings → "
                                           "General → Login Items.",

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/MainQueue.h"
+#include "platform/Services.h"
 #include "platform/Types.h"
 
 namespace quelto {
@@ -17,19 +19,20 @@ inline constexpr const char* accessibilityPaneURL =
 bool parsesAsURL(std::string_view text);
 
 // The local time of `date` as "HH:mm", or "HH:mm:ss" with `seconds`.
-std::string formatClockTime(Date date, bool seconds);
+std::string formatClockTime(Clock& clock, Date date, bool seconds);
 
-// This program's bundle identifier: the main bundle's, else the build's.
-std::string ownBundleIdentifier();
+// This program's bundle identifier: the main bundle's, else the build's (also with no
+// `system`).
+std::string ownBundleIdentifier(SystemInfo* system);
 
 // "macOS {major}.{minor}.{patch} · {machine}", with "Apple Silicon" for arm64.
-std::string systemLine();
+std::string systemLine(SystemInfo* system);
 
-// A main bundle string, or "?" when it is missing.
-std::string bundleStringOrQuestionMark(const std::string& key);
+// A main bundle string, or "?" when it is missing (or there is no `system`).
+std::string bundleStringOrQuestionMark(SystemInfo* system, const std::string& key);
 
 // After a failed login-item change: logs "could not change the login item: {error}" and
-// shows the "Couldn’t change the login setting" alert.
-void reportLoginItemFailure(const std::string& error);
+// shows the "Couldn’t change the login setting" alert (when there are `alerts`).
+void reportLoginItemFailure(Alerts* alerts, const std::string& error);
 
 }  // namespace quelto

@@ -213,8 +213,8 @@ TabContent helpTab(const MainWindowModel& model) {
 constexpr double aboutIconGap = 12;
 constexpr double aboutGroupGap = 18;
 
-TabContent aboutTab() {
-    const MainWindowModel::AboutLines lines = MainWindowModel::aboutLines();
+TabContent aboutTab(const ShellContext& shell) {
+    const MainWindowModel::AboutLines lines = MainWindowModel::aboutLines(shell);
     TabContent tab;
     tab.centred = true;
     tab.spacing = 6;
@@ -261,7 +261,7 @@ TabContent MainWindowModel::content(const std::string& tab) const {
     else if (tab == "help")
         c = helpTab(*this);
     else if (tab == "about")
-        c = aboutTab();
+        c = aboutTab(shell_);
     else
         return c;
     for (const Tab& t : frame().tabs)

@@ -9,7 +9,6 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/BuildSettings.h"
-#include "platform/Platform.h"
 #include "settings/Log.h"
 #include "update/AbsoluteURL.h"
 
@@ -68,15 +67,16 @@ std::optional<std::int64_t> exactInteger(const nlohmann::json& value) {
 
 // Shows the alert (it runs from the main run loop, after the caller's block has returned)
 // and hands its answer to `then`.
-void showAlert(const AlertSpec& alert, std::function<void(long)> then) {
-    if (Alerts* alerts = platform().alerts)
+void showAlert(const UpdateContext& context, const AlertSpec& alert,
+               std::function<void(long)> then) {
+    if (Alerts* alerts = context.alerts)
         alerts->present(alert, std::move(then));
     else if (then)
         then(Alerts::firstButtonReturn);
 }
 
-void open(const std::string& url) {
-    if (Workspace* workspace = platform().workspace) workspace->openURL(url);
+void open(const UpdateContext& context, const std::string& url) {
+    context.workspace.openURL(url);
 }
 
 }  // namespace
@@ -200,44 +200,43 @@ AlertSpec UpdateChecker::failureAlert(const std::optional<std::string>& detail,
     return alert;
 }
 
-std::string UpdateChecker::currentVersion() {
-    SystemInfo* system = platform().system;
+std::string UpdateChecker::currentVersion(const UpdateContext& context) {
+    SystemInfo* system = context.system;
     std::optional<std::string> version =
         system ? system->bundleInfoString("CFBundleShortVersionString") : std::nullopt;
     return version ? *version : "?";
 }
 
-std::int64_t UpdateChecker::currentBuild() {
-    SystemInfo* system = platform().system;
+std::int64_t UpdateChecker::currentBuild(const UpdateContext& context) {
+    SystemInfo* system = context.system;
     return parseBuildNumber(system ? system->bundleInfoString("CFBundleVersion") : std::nullopt);
 }
 
-void UpdateChecker::check(UpdateButton* from) {
+void UpdateChecker::check(const UpdateContext& context, UpdateButton* from) {
     std::uint64_t token = 0;
     if (from) {
         token = buttonsInFlight().next++;
         buttonsInFlight().buttons.emplace(token, from);
         from->setEnabled(false);
     }
-    log("checking for updates (this build is " + currentVersion() + ", build " +
-        std::to_string(currentBuild()) + ")");
+    log("checking for updates (this build is " + currentVersion(context) + ", build " +
+        std::to_string(currentBuild(context)) + ")");
 
     std::optional<HttpRequest> req = request(site());
-    HttpClient* http = platform().http;
-    MainQueue* mainQueue = platform().mainQueue;
-    if (!req || !http || !mainQueue) {
+    HttpClient* http = context.http;
+    if (!req || !http) {
         enableAgain(token);
         return;
     }
     // The reply arrives on whatever thread the client uses; everything after it happens on
     // the main queue.
-    http->send(*req, [mainQueue, token](HttpResult result) {
-        mainQueue->async([token, result = std::move(result)] {
+    http->send(*req, [context, token](HttpResult result) {
+        context.mainQueue.async([context, token, result = std::move(result)] {
             enableAgain(token);
             if (std::optional<Latest> latest = parseReply(result))
-                present(*latest);
+                present(context, *latest);
             else
-                present(result.transportError);
+                present(context, result.transportError);
         });
     });
 }
@@ -252,31 +251,32 @@ void UpdateChecker::forgetButton(UpdateButton* button) {
     }
 }
 
-void UpdateChecker::present(const Latest& latest) {
-    std::string version = currentVersion();
-    std::int64_t build = currentBuild();
+void UpdateChecker::present(const UpdateContext& context, const Latest& latest) {
+    std::string version = currentVersion(context);
+    std::int64_t build = currentBuild(context);
     if (build < latest.build) {
         log("update available: " + latest.version + " build " + std::to_string(latest.build) +
             " at " + latest.url);
-        showAlert(updateAvailableAlert(latest, version, build),
-                  [offered = latest.version, url = latest.url](long response) {
+        showAlert(context, updateAvailableAlert(latest, version, build),
+                  [context, offered = latest.version, url = latest.url](long response) {
                       if (response != Alerts::firstButtonReturn) return;
                       log("opening the download for " + offered);
-                      open(url);
+                      open(context, url);
                   });
     } else {
         log("up to date — the site offers " + latest.version + " build " +
             std::to_string(latest.build));
-        showAlert(upToDateAlert(version, build), nullptr);
+        showAlert(context, upToDateAlert(version, build), nullptr);
     }
 }
 
-void UpdateChecker::present(const std::optional<std::string>& failure) {
+void UpdateChecker::present(const UpdateContext& context,
+                            const std::optional<std::string>& failure) {
     log("update check failed: " + (failure ? *failure : std::string("no detail")));
     Site where = site();
-    showAlert(failureAlert(failure, where.host),
-              [changelog = where.url + "/changelog"](long response) {
-                  if (response == Alerts::secondButtonReturn) open(changelog);
+    showAlert(context, failureAlert(failure, where.host),
+              [context, changelog = where.url + "/changelog"](long response) {
+                  if (response == Alerts::secondButtonReturn) open(context, changelog);
               });
 }
 

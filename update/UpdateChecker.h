@@ -14,9 +14,23 @@
 #include <string>
 #include <vector>
 
+#include "platform/MainQueue.h"
 #include "platform/Services.h"
+#include "platform/Workspace.h"
 
 namespace quelto {
+
+// What a check reaches of the system; every service outlives the checks in flight.
+struct UpdateContext {
+    MainQueue& mainQueue;  // the reply comes back here
+    Workspace& workspace;  // opens the download or the changelog
+    // May be absent: no bundle information reads as version "?" and build 0; no HTTP client
+    // ends the check at once, with no alert; no alerts answer every alert with its first
+    // button.
+    SystemInfo* system = nullptr;
+    HttpClient* http = nullptr;
+    Alerts* alerts = nullptr;
+};
 
 // The control that started a check (the About tab's "Check for Updates…" button). The
 // checker disables it for the duration of the check and enables it again before any alert.
@@ -55,7 +69,7 @@ class UpdateChecker {
 
     // Starts a check and returns at once; the outcome arrives later on the main thread as
     // a modal alert. `from` is the button that started the check, or nullptr (the menus).
-    static void check(UpdateButton* from = nullptr);
+    static void check(const UpdateContext& context, UpdateButton* from = nullptr);
 
     // Tells the checkers in flight that `button` is gone: they will not enable it again.
     static void forgetButton(UpdateButton* button);
@@ -92,11 +106,11 @@ class UpdateChecker {
   private:
     // The running program's "CFBundleShortVersionString" ("?" when missing) and its
     // "CFBundleVersion" as a build number, read afresh each time.
-    static std::string currentVersion();
-    static std::int64_t currentBuild();
+    static std::string currentVersion(const UpdateContext& context);
+    static std::int64_t currentBuild(const UpdateContext& context);
 
-    static void present(const Latest& latest);
-    static void present(const std::optional<std::string>& failure);
+    static void present(const UpdateContext& context, const Latest& latest);
+    static void present(const UpdateContext& context, const std::optional<std::string>& failure);
 };
 
 }  // namespace quelto

@@ -1,6 +1,5 @@
 #include "platform/macos/MacPlatform.h"
 
-#include "platform/Platform.h"
 #include "platform/macos/MacAccessibility.h"
 #include "platform/macos/MacAlerts.h"
 #include "platform/macos/MacCollation.h"
@@ -16,8 +15,8 @@
 
 namespace quelto::mac {
 
-void installMacPlatform() {
-    // One instance of each for the whole process: the platform is never uninstalled.
+MacServices& macServices() {
+    // One instance of each for the whole process: the services are never taken down.
     static MacAccessibility accessibility;
     static MacWorkspace workspace;
     static MacMainQueue mainQueue;
@@ -30,22 +29,13 @@ void installMacPlatform() {
     static MacPasteboard pasteboard;
     static MacCollation collation;
     static MacWindowServer windowServer;
-
-    Platform p;
-    p.accessibility = &accessibility;
-    p.workspace = &workspace;
-    p.mainQueue = &mainQueue;
-    p.clock = &clock;
-    p.mouse = &mouse;
-    p.system = &system;
-    p.loginItem = &loginItem;
-    p.http = &http;
-    p.alerts = &alerts;
-    p.pasteboard = &pasteboard;
-    p.collation = &collation;
-    p.windowServer = &windowServer;
-    installPlatform(p);
-    installNotificationBridge();
+    static MacServices services = [] {
+        installNotificationBridge();
+        return MacServices{accessibility, workspace,  mainQueue, clock,
+                           mouse,         system,     loginItem, http,
+                           alerts,        pasteboard, collation, windowServer};
+    }();
+    return services;
 }
 
 }  // namespace quelto::mac

@@ -36,9 +36,13 @@ TEST_F(WatcherTest, CreatesAWatcherWithItsFacts) {
 TEST_F(WatcherTest, NoWatcherForProcessIdZeroOrNegative) {
     desktop.addApp(sim::testing::app(0, "Kernel"));
     desktop.addApp(sim::testing::app(-3, "Odd"));
-    EXPECT_EQ(AppWatcher::create(desktop.runningApplication(0), sink), nullptr);
-    EXPECT_EQ(AppWatcher::create(desktop.runningApplication(-3), sink), nullptr);
-    EXPECT_EQ(AppWatcher::create(nullptr, sink), nullptr);
+    EXPECT_EQ(
+        AppWatcher::create(desktop.runningApplication(0), sink, desktop.context().watcherContext()),
+        nullptr);
+    EXPECT_EQ(AppWatcher::create(desktop.runningApplication(-3), sink,
+                                 desktop.context().watcherContext()),
+              nullptr);
+    EXPECT_EQ(AppWatcher::create(nullptr, sink, desktop.context().watcherContext()), nullptr);
     EXPECT_EQ(desktop.liveObserverCount(), 0);
 }
 
@@ -46,14 +50,17 @@ TEST_F(WatcherTest, NoWatcherWhenNoObserverCanBeMade) {
     auto desc = sim::testing::app(43, "Locked");
     desc.observerError = axerror::cannotComplete;
     desktop.addApp(desc);
-    EXPECT_EQ(AppWatcher::create(desktop.runningApplication(43), sink), nullptr);
+    EXPECT_EQ(AppWatcher::create(desktop.runningApplication(43), sink,
+                                 desktop.context().watcherContext()),
+              nullptr);
     EXPECT_EQ(desktop.liveObserverCount(), 0);
     EXPECT_EQ(desktop.observersWithSourceOnRunLoop(), 0);
 }
 
 TEST_F(WatcherTest, NamesWithoutLocalizedNameOrBundleIdentifier) {
     desktop.addApp(sim::testing::app(4321));
-    auto watcher = AppWatcher::create(desktop.runningApplication(4321), sink);
+    auto watcher = AppWatcher::create(desktop.runningApplication(4321), sink,
+                                      desktop.context().watcherContext());
     ASSERT_NE(watcher, nullptr);
     EXPECT_EQ(watcher->name, "pid 4321");
     EXPECT_EQ(watcher->bundleID, "<none>");
@@ -398,14 +405,15 @@ TEST_F(WatcherTest, WatcherOutlivingTheDesktopIsReleasedQuietly) {
     RecordingSink other;
     {
         sim::SimDesktop second;
-        second.install();
+        second.clockTheLog();
         second.addApp(sim::testing::app(9, "Nine"));
         second.addWindow(9, sim::testing::window("Doc"));
-        watcher = AppWatcher::create(second.runningApplication(9), other);
+        watcher = AppWatcher::create(second.runningApplication(9), other,
+                                     second.context().watcherContext());
         ASSERT_NE(watcher, nullptr);
     }
     watcher.reset();
-    desktop.install();
+    desktop.clockTheLog();
     SUCCEED();
 }
 
@@ -423,7 +431,8 @@ TEST_F(WatcherTest, EngineMayReleaseTheWatcherWhileItReports) {
     } dropping;
     ElementId a = addWindow("A");
     ElementId b = addWindow("B");
-    dropping.held = AppWatcher::create(desktop.runningApplication(pid), dropping);
+    dropping.held = AppWatcher::create(desktop.runningApplication(pid), dropping,
+                                       desktop.context().watcherContext());
     desktop.destroyWindow(a);
     desktop.destroyWindow(b);
     desktop.advance(1);

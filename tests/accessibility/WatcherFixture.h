@@ -40,12 +40,13 @@ class WatcherTest : public ::testing::Test {
     static constexpr Pid pid = 42;
 
     WatcherTest() {
-        desktop.install();
+        desktop.clockTheLog();
         desktop.addApp(sim::testing::app(pid, "Notes", "com.apple.Notes"));
     }
 
     std::shared_ptr<AppWatcher> makeWatcher() {
-        return AppWatcher::create(desktop.runningApplication(pid), sink);
+        return AppWatcher::create(desktop.runningApplication(pid), sink,
+                                  desktop.context().watcherContext());
     }
 
     sim::ElementId addWindow(const std::string& title, Rect frame = Rect{{100, 100}, {800, 600}},

@@ -74,7 +74,8 @@ class StartupTest : public uitest::UiTest {
     }
 
     void launch() {
-        controller = AppController::create(host, [this] { ++engineStarts; });
+        controller = AppController::create(host, desktop.shellContext(), desktop.context(),
+                                           [this] { ++engineStarts; });
         controller->applicationDidFinishLaunching();
     }
 
@@ -92,7 +93,7 @@ TEST_F(StartupTest, SecondCopyHandsOverAndTerminatesBeforeLogging) {
     EXPECT_EQ(host.menuInstalls, 0);
     EXPECT_EQ(controller->statusItem(), nullptr);
     EXPECT_EQ(engineStarts, 0);
-    EXPECT_FALSE(std::filesystem::exists(Config::path()));
+    EXPECT_FALSE(std::filesystem::exists(ConfigStore::path()));
 }
 
 // A quick relaunch: the old copy has exited, but the workspace still lists it until the main
@@ -403,7 +404,7 @@ TEST_F(StartupTest, MainMenuActionsRunOnTheDelegate) {
 
 TEST_F(StartupTest, WithoutAnOverrideTheRealEngineStarts) {
     writeConfig("live = true\narm = *\n");
-    controller = AppController::create(host);
+    controller = AppController::create(host, desktop.shellContext(), desktop.context());
     ASSERT_NE(controller->engine(), nullptr);
     controller->applicationDidFinishLaunching();
     desktop.runDue();

@@ -28,7 +28,7 @@ class StatusItemTest : public uitest::UiTest {
 
 TEST_F(StatusItemTest, ActiveWhenLiveAndEverythingArmed) {
     writeConfig("live = true\narm = *\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     EXPECT_TRUE(model.icon().active);
     EXPECT_EQ(model.icon().stateWord, "active");
     EXPECT_EQ(model.icon().imageName, "menubar-active");
@@ -39,12 +39,12 @@ TEST_F(StatusItemTest, ActiveWhenLiveAndEverythingArmed) {
 
 TEST_F(StatusItemTest, ActiveWhenOneAppArmed) {
     writeConfig("live = true\narm = com.apple.Maps\n");
-    EXPECT_TRUE(StatusItemModel().icon().active);
+    EXPECT_TRUE(StatusItemModel(desktop.shellContext()).icon().active);
 }
 
 TEST_F(StatusItemTest, LiveButNothingArmedIsPausedWithWarningRow) {
     writeConfig("live = true\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     EXPECT_FALSE(model.icon().active);
     EXPECT_EQ(model.icon().stateWord, "paused");
     EXPECT_EQ(model.icon().imageName, "menubar-paused");
@@ -64,7 +64,7 @@ TEST_F(StatusItemTest, LiveButNothingArmedIsPausedWithWarningRow) {
 
 TEST_F(StatusItemTest, LiveOffShowsNoWarningRowEvenWithNothingArmed) {
     writeConfig("live = false\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     EXPECT_FALSE(model.icon().active);
     EXPECT_EQ(model.icon().toolTip, "Quelto — paused");
     EXPECT_EQ(model.icon().accessibilityLabel, "Quelto is paused");
@@ -77,12 +77,12 @@ TEST_F(StatusItemTest, LiveOffShowsNoWarningRowEvenWithNothingArmed) {
 
 TEST_F(StatusItemTest, LiveOffWithEverythingArmedIsPaused) {
     writeConfig("live = false\narm = *\n");
-    EXPECT_FALSE(StatusItemModel().icon().active);
+    EXPECT_FALSE(StatusItemModel(desktop.shellContext()).icon().active);
 }
 
 TEST_F(StatusItemTest, MenuRowsInOrderWithActionsKeysAndSubmenu) {
     writeConfig("live = true\narm = *\nmode = red-dot\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     auto rows = model.menuNeedsUpdate();
     EXPECT_EQ(titles(rows),
               (std::vector<std::string>{"Quelto is on", "---", "Start at login", "Quit when…",
@@ -114,7 +114,7 @@ TEST_F(StatusItemTest, MenuRowsInOrderWithActionsKeysAndSubmenu) {
 
 TEST_F(StatusItemTest, StartAtLoginCheckedOnlyWhenEnabled) {
     writeConfig("arm = *\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     desktop.setLoginItemStatus(LoginItem::Status::enabled);
     EXPECT_TRUE(model.menuNeedsUpdate()[2].checked);
     desktop.setLoginItemStatus(LoginItem::Status::requiresApproval);
@@ -123,7 +123,7 @@ TEST_F(StatusItemTest, StartAtLoginCheckedOnlyWhenEnabled) {
 
 TEST_F(StatusItemTest, MenuIsRebuiltFromTheFileEachTime) {
     writeConfig("live = true\narm = *\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     EXPECT_TRUE(model.menuNeedsUpdate()[0].checked);
     writeConfig("live = false\narm = *\n");  // a hand edit
     EXPECT_FALSE(model.menuNeedsUpdate()[0].checked);
@@ -133,7 +133,7 @@ TEST_F(StatusItemTest, FrontmostRegularAppOffersNeverQuit) {
     writeConfig("arm = *\n");
     desktop.addApp(app(10, "com.apple.Safari", "Safari"));
     desktop.setFrontmost(10);
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     auto rows = model.menuNeedsUpdate();
     ASSERT_GE(rows.size(), 6u);
     EXPECT_TRUE(rows[4].separator);
@@ -149,12 +149,13 @@ TEST_F(StatusItemTest, FrontmostWithoutNameShowsItsBundleIdentifier) {
     writeConfig("arm = *\n");
     desktop.addApp(app(10, "com.example.Nameless", std::nullopt));
     desktop.setFrontmost(10);
-    EXPECT_EQ(StatusItemModel().menuNeedsUpdate()[5].title, "Never quit com.example.Nameless");
+    EXPECT_EQ(StatusItemModel(desktop.shellContext()).menuNeedsUpdate()[5].title,
+              "Never quit com.example.Nameless");
 }
 
 TEST_F(StatusItemTest, NoFrontmostRowForItselfAgentsOrAppsWithoutBundleID) {
     writeConfig("arm = *\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     const std::size_t baseline = model.menuNeedsUpdate().size();  // no frontmost application
 
     desktop.addApp(app(ownPid, build::bundleID, "Quelto"));
@@ -184,7 +185,7 @@ TEST_F(StatusItemTest, SevenJournalEntriesGiveRecentAndFiveRowsNewestFirst) {
         Activity::shared().record(entry(at, "App" + std::to_string(i), "red dot",
                                         quit ? "quit — last window" : "kept running", quit));
     }
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     auto rows = model.menuNeedsUpdate();
     auto recent = std::find_if(rows.begin(), rows.end(),
                                [](const MenuRow& r) { return r.title == "Recent"; });
@@ -206,7 +207,7 @@ TEST_F(StatusItemTest, SevenJournalEntriesGiveRecentAndFiveRowsNewestFirst) {
 }
 
 TEST_F(StatusItemTest, EmptyJournalShowsNoActivityYet) {
-    auto rows = StatusItemModel().menuNeedsUpdate();
+    auto rows = StatusItemModel(desktop.shellContext()).menuNeedsUpdate();
     auto it = std::find_if(rows.begin(), rows.end(),
                            [](const MenuRow& r) { return r.title == "No activity yet"; });
     ASSERT_NE(it, rows.end());
@@ -215,7 +216,7 @@ TEST_F(StatusItemTest, EmptyJournalShowsNoActivityYet) {
 
 TEST_F(StatusItemTest, ChoosingRedDotWritesTheModeAndLogsWithoutTouchingTheIcon) {
     writeConfig("live = true\narm = *\nmode = last-window\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     int iconUpdates = 0;
     model.onIconChanged = [&](const StatusIcon&) { ++iconUpdates; };
     const StatusIcon before = model.icon();
@@ -223,7 +224,7 @@ TEST_F(StatusItemTest, ChoosingRedDotWritesTheModeAndLogsWithoutTouchingTheIcon)
     auto rows = model.menuNeedsUpdate();
     model.perform(rows[3].submenu[1]);
 
-    EXPECT_EQ(Config::load().mode, Config::Mode::redDot);
+    EXPECT_EQ(ConfigStore().load().mode, Config::Mode::redDot);
     EXPECT_NE(uitest::readConfig().find("mode = red-dot"), std::string::npos);
     EXPECT_EQ(takeLog(), (uitest::Lines{"mode set to red-dot from the menu bar"}));
     EXPECT_EQ(iconUpdates, 0);
@@ -235,7 +236,7 @@ TEST_F(StatusItemTest, ChoosingRedDotWritesTheModeAndLogsWithoutTouchingTheIcon)
 TEST_F(StatusItemTest, SetModeIgnoresAMissingOrUnknownRepresentedObject) {
     writeConfig("mode = last-window\n");
     const std::string before = uitest::readConfig();
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     model.setMode(std::nullopt);
     model.setMode(std::string("Red-Dot"));
     model.perform(MenuAction::setMode, std::string("reddot"));
@@ -245,19 +246,19 @@ TEST_F(StatusItemTest, SetModeIgnoresAMissingOrUnknownRepresentedObject) {
 
 TEST_F(StatusItemTest, ToggleLiveSavesRefreshesThePostsAndLogs) {
     writeConfig("live = true\narm = *\n");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     std::vector<StatusIcon> icons;
     model.onIconChanged = [&](const StatusIcon& icon) { icons.push_back(icon); };
 
     model.perform(MenuAction::toggleLive);
-    EXPECT_FALSE(Config::load().live);
+    EXPECT_FALSE(ConfigStore().load().live);
     ASSERT_EQ(icons.size(), 1u);
     EXPECT_EQ(icons[0].stateWord, "paused");
     EXPECT_EQ(configChangedPosts, 1);
     EXPECT_EQ(takeLog(), (uitest::Lines{"turned off from the menu bar"}));
 
     model.toggleLive();
-    EXPECT_TRUE(Config::load().live);
+    EXPECT_TRUE(ConfigStore().load().live);
     EXPECT_EQ(model.icon().stateWord, "active");
     EXPECT_EQ(configChangedPosts, 2);
     EXPECT_EQ(takeLog(), (uitest::Lines{"turned on from the menu bar"}));
@@ -267,14 +268,14 @@ TEST_F(StatusItemTest, ToggleFrontmostExcludesAndIncludesWithoutNotification) {
     writeConfig("arm = *\n");
     desktop.addApp(app(10, "com.apple.Safari", "Safari"));
     desktop.setFrontmost(10);
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
 
     model.perform(MenuAction::toggleFrontmost);
-    EXPECT_EQ(Config::load().excluded, (std::set<std::string>{"com.apple.Safari"}));
+    EXPECT_EQ(ConfigStore().load().excluded, (std::set<std::string>{"com.apple.Safari"}));
     EXPECT_EQ(takeLog(), (uitest::Lines{"Safari will never be quit"}));
 
     model.toggleFrontmost();
-    EXPECT_TRUE(Config::load().excluded.empty());
+    EXPECT_TRUE(ConfigStore().load().excluded.empty());
     EXPECT_EQ(takeLog(), (uitest::Lines{"Safari is no longer excluded"}));
     EXPECT_EQ(configChangedPosts, 0);
 }
@@ -282,7 +283,7 @@ TEST_F(StatusItemTest, ToggleFrontmostExcludesAndIncludesWithoutNotification) {
 TEST_F(StatusItemTest, ToggleFrontmostWithoutFrontmostOrBundleIDDoesNothing) {
     writeConfig("arm = *\n");
     const std::string before = uitest::readConfig();
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     model.toggleFrontmost();
     desktop.addApp(app(30, std::nullopt, "Tool"));
     desktop.setFrontmost(30);
@@ -292,7 +293,7 @@ TEST_F(StatusItemTest, ToggleFrontmostWithoutFrontmostOrBundleIDDoesNothing) {
 }
 
 TEST_F(StatusItemTest, ToggleLoginItemRegistersAndUnregisters) {
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     model.perform(MenuAction::toggleLoginItem);
     EXPECT_EQ(desktop.status(), LoginItem::Status::enabled);
     EXPECT_EQ(takeLog(), (uitest::Lines{"will start at login"}));
@@ -305,7 +306,7 @@ TEST_F(StatusItemTest, ToggleLoginItemRegistersAndUnregisters) {
 
 TEST_F(StatusItemTest, LoginItemFailureLogsAndShowsTheAlert) {
     desktop.setLoginItemError("The operation couldn’t be completed.");
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     model.toggleLoginItem();
     EXPECT_EQ(takeLog(), (uitest::Lines{"could not change the login item: The operation "
                                         "couldn’t be completed."}));
@@ -322,7 +323,7 @@ TEST_F(StatusItemTest, LoginItemFailureLogsAndShowsTheAlert) {
 }
 
 TEST_F(StatusItemTest, OpenWindowAndQuitGoThroughTheirCallbacks) {
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     model.perform(MenuAction::openWindow);  // no callback yet: nothing happens
     int opened = 0, quits = 0;
     model.onOpenWindow = [&] { ++opened; };
@@ -335,7 +336,7 @@ TEST_F(StatusItemTest, OpenWindowAndQuitGoThroughTheirCallbacks) {
 }
 
 TEST_F(StatusItemTest, CheckForUpdatesStartsACheck) {
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     model.perform(MenuAction::checkForUpdates);
     auto lines = takeLog();
     ASSERT_FALSE(lines.empty());
@@ -350,7 +351,7 @@ TEST_F(StatusItemTest, RendersTheMenuAsText) {
     desktop.setFrontmost(10);
     Activity::shared().record(entry(Date{uitest::startSeconds + 60}, "Mail", "red dot",
                                     "excluded — kept running", false));
-    StatusItemModel model;
+    StatusItemModel model(desktop.shellContext());
     EXPECT_EQ(renderMenu(model.menuNeedsUpdate()),
               "✓ Quelto is on\n"
               "  No apps armed — nothing will quit  (disabled)\n"

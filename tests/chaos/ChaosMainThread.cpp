@@ -28,7 +28,7 @@ void ChaosRun::showAlert() {
     double s = random_.between(0.1, 5.0);
     note("an update check whose alert stays up for " + seconds(s));
     desktop_->holdNextAlert(s);
-    UpdateChecker::check(nullptr);
+    UpdateChecker::check(desktop_->shellContext().updateContext(), nullptr);
 }
 
 void ChaosRun::refuseRegistrations() {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "settings/Config.h"
+#include "settings/ConfigStore.h"
 
 namespace quelto::chaos {
 
@@ -188,11 +189,11 @@ ConfigFile randomConfig(ChaosRandom& random, const std::vector<std::string>& ids
 void install(const ConfigFile& file) {
     std::error_code ec;
     if (file.kind == ConfigFile::Kind::missing) {
-        std::filesystem::remove(Config::path(), ec);
+        std::filesystem::remove(ConfigStore::path(), ec);
         return;
     }
-    std::filesystem::create_directories(Config::directory(), ec);
-    std::ofstream out(Config::path(), std::ios::binary | std::ios::trunc);
+    std::filesystem::create_directories(ConfigStore::directory(), ec);
+    std::ofstream out(ConfigStore::path(), std::ios::binary | std::ios::trunc);
     out << file.text;
 }
 

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "platform/NotificationCenter.h"
-#include "platform/Platform.h"
 #include "settings/Activity.h"
 #include "settings/ActivityTestSeam.h"
 
@@ -53,7 +52,7 @@ std::string seconds(double s) {
 ChaosRun::ChaosRun(std::uint64_t seed)
     : random_(seed), seed_(seed), desktop_(std::make_unique<sim::SimDesktop>()) {
     sim::SimDesktop& d = *desktop_;
-    d.install();
+    d.clockTheLog();
     d.setOwnPid(ownPid);
     ActivityTestSeam::startEmpty();
     journalChanges_ = NotificationCenter::defaultCenter().addObserver(Activity::changed, [this] {
@@ -90,7 +89,7 @@ ChaosRun::ChaosRun(std::uint64_t seed)
 
     for (int i = 0; i < 4; ++i) startApp(false);
 
-    engine_ = Engine::create();
+    engine_ = Engine::create(d.context());
     engine_->start();
     d.runDue();
     // With no file at all the engine writes the template at start: every app armed.
@@ -108,7 +107,6 @@ ChaosRun::~ChaosRun() {
     terminations_.cancel();
     ActivityTestSeam::startEmpty();
     desktop_.reset();
-    installPlatform(Platform{});
 }
 
 void ChaosRun::note(const std::string& event) {
@@ -558,7 +556,7 @@ bool ChaosRun::check() {
     const auto& entries = Activity::shared().entries();
     if (entries.size() > ActivityTestSeam::limit())
         return fail("the journal holds " + std::to_string(entries.size()) + " entries");
-    if (engine_ && engine_->watchers.count(ownPid)) return fail("Quelto watches its own process");
+    if (engine_ && engine_->apps().isTracked(ownPid)) return fail("Quelto watches its own process");
 
     // The journal's new entries, newest first.
     long fresh = std::exchange(unseenRecords_, 0);

@@ -4,8 +4,10 @@
 
 #include <unordered_map>
 
+#include "engine/OtherSpacesWindows.h"
 #include "settings/Activity.h"
 #include "settings/Config.h"
+#include "settings/ConfigStore.h"
 #include "tests/chaos/ChaosRun.h"
 
 namespace quelto::chaos {
@@ -13,13 +15,15 @@ namespace quelto::chaos {
 void ChaosRun::pressChecked(Point at, ModifierFlags flags) {
     std::optional<sim::ElementId> top = desktop_->windowAt(at);
     std::unordered_map<WindowRef, Date> before;
-    for (const auto& [window, click] : engine_->recentClicks) before.emplace(window, click.at);
+    engine_->clicks().forEachRecord([&](const WindowRef& window, const ClickRecord& click) {
+        before.emplace(window, click.at);
+    });
 
     desktop_->press(at, flags);
 
-    for (const auto& [window, click] : engine_->recentClicks) {
+    engine_->clicks().forEachRecord([&](const WindowRef& window, const ClickRecord& click) {
         auto earlier = before.find(window);
-        if (earlier != before.end() && earlier->second == click.at) continue;
+        if (earlier != before.end() && earlier->second == click.at) return;
         // A record made by this press.
         bool onTop = top && window == WindowRef{desktop_->element(*top)};
         if (!onTop && brokenPromise_.empty()) {
@@ -31,7 +35,7 @@ void ChaosRun::pressChecked(Point at, ModifierFlags flags) {
                              ", not to the one on top there (" +
                              (top ? std::to_string(*top) : std::string("none")) + ")";
         }
-    }
+    });
 }
 
 void ChaosRun::checkQuitDecision() {
@@ -40,7 +44,7 @@ void ChaosRun::checkQuitDecision() {
     const auto& requests = desktop_->quitRequests();
     if (requests.empty() || requests.back().at != desktop_->now()) return;
     // The decision has just read the file; so does this check, at the same moment.
-    if (Config::load().mode != Config::Mode::lastWindow) return;
+    if (desktop_->config().load().mode != Config::Mode::lastWindow) return;
 
     Pid pid = requests.back().pid;
     if (desktop_->isHidden(pid)) return;  // hidden windows show nothing (and are counted)

@@ -77,7 +77,7 @@ TEST_F(CheapClickTest, AClickOnNothingAllocatesNothingReadsNothingAndLogsNothing
     EXPECT_EQ(allocationsOf({50, 5000}), 0);
     EXPECT_EQ(allocationsOf({-300, -20}), 0);
     EXPECT_EQ(desktop.accessibilityReadCount(), 0u);
-    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_TRUE(engine->clicks().empty());
     EXPECT_TRUE(takeLog().empty());
 }
 
@@ -88,14 +88,14 @@ TEST_F(CheapClickTest, PruningExpiredClicksAllocatesNothing) {
     desktop.advance(1.5);
     clickClose(windows[4]);
     desktop.advance(1.0);  // the first two have expired, the third has not
-    ASSERT_EQ(engine->recentClicks.size(), 3u);
+    ASSERT_EQ(engine->clicks().size(), 3u);
     takeLog();
     desktop.resetCounters();
 
     EXPECT_EQ(allocationsOf({50, 5000}), 0);
 
-    EXPECT_EQ(engine->recentClicks.size(), 1u);
-    EXPECT_EQ(engine->recentClicks.count(refOf(windows[4])), 1u);
+    EXPECT_EQ(engine->clicks().size(), 1u);
+    EXPECT_TRUE(engine->clicks().recordOf(refOf(windows[4])));
     EXPECT_EQ(desktop.accessibilityReadCount(), 0u);
     EXPECT_TRUE(takeLog().empty());
 }
@@ -105,7 +105,7 @@ TEST_F(CheapClickTest, AClickOnNothingWithACachedFrontmostAppMakesNoAccessibilit
     desktop.resetCounters();
     engine->handleClick({50, 5000}, 0);
     EXPECT_EQ(desktop.accessibilityReadCount(), 0u);
-    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_TRUE(engine->clicks().empty());
     EXPECT_TRUE(takeLog().empty());
 }
 

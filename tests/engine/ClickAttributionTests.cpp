@@ -57,8 +57,8 @@ TEST_F(ClickAttributionTest, ACachedCloseButtonOfABackgroundApplicationIsMatched
     clickClose(notes);
 
     EXPECT_EQ(takeLog(), (Lines{"00:00:10.000  red dot clicked — TextEdit \"Notes\"  (cached)"}));
-    ASSERT_EQ(engine->recentClicks.size(), 1u);
-    const ClickRecord& click = engine->recentClicks.at(refOf(notes));
+    ASSERT_EQ(engine->clicks().size(), 1u);
+    const ClickRecord& click = clickOf(notes);
     Date t = desktop.now();
     EXPECT_EQ(
         click,
@@ -86,7 +86,7 @@ TEST_F(ClickAttributionTest, AnUncachedCloseButtonOfABackgroundApplicationIsNotM
     clickClose(stale);
 
     EXPECT_TRUE(takeLog().empty());
-    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_TRUE(engine->clicks().empty());
 }
 
 TEST_F(ClickAttributionTest, AnUncachedCloseButtonOfTheFrontmostApplicationIsReadLive) {
@@ -102,8 +102,8 @@ TEST_F(ClickAttributionTest, AnUncachedCloseButtonOfTheFrontmostApplicationIsRea
 
     EXPECT_EQ(takeLog(),
               (Lines{"00:00:10.000  red dot clicked — TextEdit \"Stale\"  (live read)"}));
-    ASSERT_EQ(engine->recentClicks.count(refOf(stale)), 1u);
-    EXPECT_EQ(engine->recentClicks.at(refOf(stale)).pid, textEdit);
+    ASSERT_TRUE(engine->clicks().recordOf(refOf(stale)));
+    EXPECT_EQ(clickOf(stale).pid, textEdit);
     // The live read updated the cache as it went.
     EXPECT_EQ(watcherOf(textEdit)->closeButtonFrames().count(refOf(stale)), 1u);
 }
@@ -115,7 +115,7 @@ TEST_F(ClickAttributionTest, TheLivePassNeedsATrackedFrontmostApplication) {
     desktop.advance(10);
     enableOnScreen(stale);
     clickClose(stale);
-    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_TRUE(engine->clicks().empty());
     EXPECT_TRUE(takeLog().empty());
 }
 
@@ -131,14 +131,14 @@ TEST_F(ClickAttributionTest, ASecondClickReplacesTheFirstAndStartsItsLifetimeAga
                              "00:00:10.000  red dot clicked — TextEdit \"Notes\"  (cached)",
                              "00:00:11.500  red dot clicked — TextEdit \"Notes\"  (cached)",
                          }));
-    ASSERT_EQ(engine->recentClicks.size(), 1u);
-    const ClickRecord& click = engine->recentClicks.at(refOf(notes));
+    ASSERT_EQ(engine->clicks().size(), 1u);
+    const ClickRecord& click = clickOf(notes);
     EXPECT_EQ(click.at, desktop.now());
     EXPECT_EQ(click.expiry, desktop.now() + 2.0);
 
     // Still counting 1.9 s after the second click, 3.4 s after the first.
     desktop.advance(1.9);
-    EXPECT_GT(engine->recentClicks.at(refOf(notes)).expiry, desktop.now());
+    EXPECT_GT(clickOf(notes).expiry, desktop.now());
 }
 
 TEST_F(ClickAttributionTest, AClickWithoutModifiersHasNoSuffix) {
@@ -156,7 +156,7 @@ TEST_F(ClickAttributionTest, AClickWithOnlyShiftEndsWithTheShiftSuffix) {
     clickClose(notes, modifier::shift);
     EXPECT_EQ(takeLog(), (Lines{"00:00:10.000  red dot clicked — TextEdit \"Notes\"  (cached)  "
                                 "[shift — raw 0x20000]"}));
-    EXPECT_EQ(engine->recentClicks.at(refOf(notes)).modifiers, modifier::shift);
+    EXPECT_EQ(clickOf(notes).modifiers, modifier::shift);
 }
 
 TEST_F(ClickAttributionTest, OptionAndShiftAreNamedInOrderWithTheRawWord) {
@@ -210,7 +210,7 @@ TEST_F(ClickAttributionTest, AClickThatHitsNothingLeavesNoTraceAndReadsNothing) 
     engine->handleClick({50, 2000}, modifier::shift);
 
     EXPECT_EQ(desktop.accessibilityReadCount(), 0u);
-    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_TRUE(engine->clicks().empty());
     EXPECT_TRUE(takeLog().empty());
 }
 
@@ -223,12 +223,12 @@ TEST_F(ClickAttributionTest, ExpiredRecordsArePrunedAtTheNextClick) {
     desktop.advance(1.0);
     clickClose(other);
     desktop.advance(1.0);  // the first record's expiry is now: it no longer counts
-    ASSERT_EQ(engine->recentClicks.size(), 2u);
+    ASSERT_EQ(engine->clicks().size(), 2u);
 
     engine->handleClick({5, 5}, 0);
 
-    ASSERT_EQ(engine->recentClicks.size(), 1u);
-    EXPECT_EQ(engine->recentClicks.count(refOf(other)), 1u);
+    ASSERT_EQ(engine->clicks().size(), 1u);
+    EXPECT_TRUE(engine->clicks().recordOf(refOf(other)));
 }
 
 TEST_F(ClickAttributionTest, AWindowDestroyedTwoAndAHalfSecondsAfterAPlainClickIsNotTheRedDot) {
@@ -269,12 +269,12 @@ TEST_F(ClickAttributionTest, ADialogHeldThirtySecondsAndThenConfirmedKeepsTheCli
                              "00:00:10.000  red dot clicked — TextEdit \"Letter\"  (cached)",
                              "00:00:10.350    …close is waiting on a dialog — holding the click",
                          }));
-    EXPECT_TRUE(engine->recentClicks.at(refOf(letter)).sustained);
+    EXPECT_TRUE(clickOf(letter).sustained);
 
     // The hold is renewed each second and logged only once.
     desktop.advance(29.65);
     EXPECT_TRUE(takeLog().empty());
-    const ClickRecord& held = engine->recentClicks.at(refOf(letter));
+    const ClickRecord& held = clickOf(letter);
     EXPECT_NEAR(held.expiry - desktop.now(), 1.35, 1e-6);  // renewed at 39.35 for 2 s
 
     desktop.answerSheet(letter, true);  // "Save": the window closes 0.05 s later
@@ -299,9 +299,9 @@ TEST_F(ClickAttributionTest, ADialogStillUpAfter120SecondsDropsTheClick) {
     desktop.advance(10);
     clickClose(letter);
     desktop.advance(120.34);
-    ASSERT_EQ(engine->recentClicks.count(refOf(letter)), 1u);
+    ASSERT_TRUE(engine->clicks().recordOf(refOf(letter)));
     desktop.advance(0.01);  // the check 120.35 s after the click
-    EXPECT_EQ(engine->recentClicks.count(refOf(letter)), 0u);
+    EXPECT_FALSE(engine->clicks().recordOf(refOf(letter)));
     takeLog();
 
     desktop.answerSheet(letter, true);
@@ -322,8 +322,8 @@ TEST_F(ClickAttributionTest, AnApplicationDialogWindowAlsoHoldsTheClick) {
     clickClose(notes);
     desktop.showDialog(textEdit, "AXSystemDialog", "Are you sure?");
     desktop.advance(0.35);
-    ASSERT_TRUE(engine->recentClicks.at(refOf(notes)).sustained);
-    EXPECT_EQ(engine->recentClicks.at(refOf(notes)).expiry, desktop.now() + 2.0);
+    ASSERT_TRUE(clickOf(notes).sustained);
+    EXPECT_EQ(clickOf(notes).expiry, desktop.now() + 2.0);
 }
 
 TEST_F(ClickAttributionTest, ADialogDismissedWithoutClosingLeavesAFiveSecondGrace) {
@@ -335,7 +335,7 @@ TEST_F(ClickAttributionTest, ADialogDismissedWithoutClosingLeavesAFiveSecondGrac
     desktop.advance(2.0);
     desktop.answerSheet(letter, false);  // "Cancel": the window stays
     desktop.advance(0.35);               // the check at 12.35 sees the dialog gone
-    const ClickRecord& click = engine->recentClicks.at(refOf(letter));
+    const ClickRecord& click = clickOf(letter);
     EXPECT_TRUE(click.sustained);
     EXPECT_EQ(click.expiry, desktop.now() + 5.0);
     Date graceEnd = click.expiry;
@@ -343,7 +343,7 @@ TEST_F(ClickAttributionTest, ADialogDismissedWithoutClosingLeavesAFiveSecondGrac
     // Nothing renews it any more; within the grace, a close counts as the red dot, after a
     // dialog.
     desktop.advance(4.65);
-    EXPECT_EQ(engine->recentClicks.at(refOf(letter)).expiry, graceEnd);
+    EXPECT_EQ(clickOf(letter).expiry, graceEnd);
     desktop.closeWindowWithoutClick(letter);
     desktop.advance(0.3);
     ASSERT_EQ(journal().size(), 1u);
@@ -361,34 +361,43 @@ TEST_F(ClickAttributionTest, AfterTheGraceAClosedWindowIsNotTheRedDotButKeepsIts
     desktop.advance(0.35 + 5.0 + 0.5);
     desktop.closeWindowWithoutClick(letter);
     desktop.runDue();
-    ASSERT_EQ(engine->pending.count(textEdit), 1u);
+    ASSERT_TRUE(engine->closes().isGathering(textEdit));
     // The expired click still passes on its dialog flag and its modifiers.
-    EXPECT_FALSE(engine->pending.at(textEdit).wasRedDot);
-    EXPECT_TRUE(engine->pending.at(textEdit).afterDialog);
-    EXPECT_EQ(engine->pending.at(textEdit).modifiers, modifier::shift);
+    EXPECT_FALSE(gatheringOf(textEdit).wasRedDot);
+    EXPECT_TRUE(gatheringOf(textEdit).afterDialog);
+    EXPECT_EQ(gatheringOf(textEdit).modifiers, modifier::shift);
 }
 
 TEST_F(ClickAttributionTest, AWindowThatIsGoneKeepsItsRecordForItsDestruction) {
     auto notes = slowWindow(textEdit, "Notes");
     startEngine();
     desktop.advance(10);
-    clickClose(notes);
-    ClickRecord before = engine->recentClicks.at(refOf(notes));
+    // A ledger of its own over the engine's applications.
+    auto owner = std::make_shared<int>(0);
+    ClickLedger ledger(desktop.context(), engine->apps(), owner);
+    ledger.record(refOf(notes), watcherOf(textEdit), 0, "cached");
+    ClickRecord before = *ledger.recordOf(refOf(notes));
     desktop.destroyWindow(notes);  // its notification is still queued
-    engine->sustainIfBlocked(refOf(notes), textEdit);
-    ASSERT_EQ(engine->recentClicks.count(refOf(notes)), 1u);
-    EXPECT_EQ(engine->recentClicks.at(refOf(notes)), before);
+    ledger.sustainIfBlocked(refOf(notes), textEdit);
+    ASSERT_TRUE(ledger.recordOf(refOf(notes)));
+    EXPECT_EQ(*ledger.recordOf(refOf(notes)), before);
 }
 
 TEST_F(ClickAttributionTest, TheDialogCheckStopsForAnApplicationNoLongerTracked) {
     auto letter = savingWindow(textEdit, "Letter");
     startEngine();
     desktop.advance(10);
-    clickClose(letter);
-    ClickRecord before = engine->recentClicks.at(refOf(letter));
-    engine->sustainIfBlocked(refOf(letter), 999);
-    EXPECT_EQ(engine->recentClicks.at(refOf(letter)), before);
-    EXPECT_TRUE(takeLog().size() == 1u);
+    // A ledger of its own over the engine's applications, where 999 is not tracked.
+    auto owner = std::make_shared<int>(0);
+    ClickLedger ledger(desktop.context(), engine->apps(), owner);
+    ledger.record(refOf(letter), watcherOf(textEdit), 0, "cached");
+    desktop.click(closeButtonCentre(letter));  // the sheet goes up
+    desktop.runDue();
+    takeLog();
+    ClickRecord before = *ledger.recordOf(refOf(letter));
+    ledger.sustainIfBlocked(refOf(letter), 999);
+    EXPECT_EQ(*ledger.recordOf(refOf(letter)), before);
+    EXPECT_TRUE(takeLog().empty());
 }
 
 TEST_F(ClickAttributionTest, DelayedChecksDoNothingOnceTheEngineIsGone) {

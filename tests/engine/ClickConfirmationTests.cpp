@@ -3,6 +3,7 @@
 
 #include <tuple>
 
+#include "engine/OtherSpacesWindows.h"
 #include "tests/engine/EngineFixture.h"
 
 namespace quelto::enginetest {
@@ -49,7 +50,7 @@ TEST_F(ClickConfirmationTest, AClickOnNoCachedFrameNeverAsksTheWindowServer) {
     desktop.click({400, 400});  // inside the window, not on its close button
 
     EXPECT_EQ(desktop.windowListReadCount(), 0u);
-    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_TRUE(engine->clicks().empty());
     EXPECT_TRUE(takeLog().empty());
 }
 
@@ -62,7 +63,7 @@ TEST_F(ClickConfirmationTest, AConfirmedHitIsCreditedAsBefore) {
     desktop.click(redDotOf(notes));
 
     EXPECT_EQ(takeLog(), (Lines{"00:00:10.000  red dot clicked — TextEdit \"Notes\"  (cached)"}));
-    EXPECT_EQ(engine->recentClicks.count(refOf(notes)), 1u);
+    EXPECT_TRUE(engine->clicks().recordOf(refOf(notes)));
     EXPECT_EQ(desktop.windowListReadCount(), 1u);
 }
 
@@ -93,7 +94,7 @@ TEST_P(MaximisedWindowsTest, TheClickIsTheFrontWindows) {
                   (shift ? "  [shift — raw 0x20000]" : ""));
     EXPECT_FALSE(desktop.isElementAlive(front));
     EXPECT_TRUE(desktop.isElementAlive(behind));
-    EXPECT_EQ(engine->recentClicks.count(refOf(behind)), 0u);
+    EXPECT_FALSE(engine->clicks().recordOf(refOf(behind)));
     ASSERT_EQ(journal().size(), 1u);
     EXPECT_EQ(journal()[0].app, "Other");
     EXPECT_EQ(journal()[0].cause, "red dot");
@@ -123,8 +124,8 @@ TEST_F(ClickConfirmationTest, OfTwoMaximisedWindowsOfOneAppTheFrontOneGetsTheCli
     desktop.press(sharedRedDot);
 
     EXPECT_EQ(takeLog(), (Lines{"00:00:10.000  red dot clicked — TextEdit \"Front\"  (cached)"}));
-    EXPECT_EQ(engine->recentClicks.count(refOf(front)), 1u);
-    EXPECT_EQ(engine->recentClicks.count(refOf(back)), 0u);
+    EXPECT_TRUE(engine->clicks().recordOf(refOf(front)));
+    EXPECT_FALSE(engine->clicks().recordOf(refOf(back)));
     desktop.release(sharedRedDot);
 }
 
@@ -144,7 +145,7 @@ TEST_F(ClickConfirmationTest, AFullScreenWindowElsewhereDoesNotTakeTheClickOfThe
 
     desktop.press({15, 14});
 
-    EXPECT_EQ(engine->recentClicks.count(refOf(away)), 0u);
+    EXPECT_FALSE(engine->clicks().recordOf(refOf(away)));
     desktop.release({15, 14});
 }
 
@@ -159,7 +160,7 @@ TEST_F(ClickConfirmationTest, AHiddenAppsStaleFrameGetsNoCredit) {
     desktop.click(redDotOf(notes), modifier::shift);
 
     EXPECT_TRUE(takeLog().empty());
-    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_TRUE(engine->clicks().empty());
 }
 
 TEST_F(ClickConfirmationTest, AMinimisedWindowsStaleFrameGetsNoCredit) {
@@ -174,7 +175,7 @@ TEST_F(ClickConfirmationTest, AMinimisedWindowsStaleFrameGetsNoCredit) {
     desktop.click(redDotOf(notes));
 
     EXPECT_TRUE(takeLog().empty());
-    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_TRUE(engine->clicks().empty());
 }
 
 TEST_F(ClickConfirmationTest, ACoveredRedDotGetsNoCredit) {
@@ -189,7 +190,7 @@ TEST_F(ClickConfirmationTest, ACoveredRedDotGetsNoCredit) {
     desktop.advance(1);
 
     EXPECT_TRUE(takeLog().empty());
-    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_TRUE(engine->clicks().empty());
     EXPECT_TRUE(desktop.isElementAlive(covered));
     EXPECT_TRUE(journal().empty());
 }
@@ -212,8 +213,8 @@ TEST_F(ClickConfirmationTest, AnUnconfirmedCachedHitLeavesTheLivePassToFindTheBu
     desktop.press(sharedRedDot);
 
     EXPECT_EQ(takeLog(), (Lines{"00:00:10.000  red dot clicked — Other \"Front\"  (live read)"}));
-    EXPECT_EQ(engine->recentClicks.count(refOf(front)), 1u);
-    EXPECT_EQ(engine->recentClicks.count(refOf(hidden)), 0u);
+    EXPECT_TRUE(engine->clicks().recordOf(refOf(front)));
+    EXPECT_FALSE(engine->clicks().recordOf(refOf(hidden)));
     desktop.release(sharedRedDot);
 }
 

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "engine/ClickMonitor.h"
-#include "platform/Platform.h"
 #include "sim/SimDesktop.h"
 
 namespace quelto {
@@ -45,14 +44,11 @@ struct Received {
 
 class ClickMonitorTest : public ::testing::Test {
   protected:
-    void SetUp() override { installPlatform(Platform{.mouse = &mouse}); }
-    void TearDown() override { installPlatform(Platform{}); }
-
     RecordingMouse mouse;
 };
 
 TEST_F(ClickMonitorTest, StartsEmptyAndStoresTheTokenOnStart) {
-    auto monitor = std::make_shared<ClickMonitor>();
+    auto monitor = std::make_shared<ClickMonitor>(mouse);
     EXPECT_FALSE(monitor->monitor.has_value());
     EXPECT_FALSE(static_cast<bool>(monitor->onClick));
     monitor->start();
@@ -61,7 +57,7 @@ TEST_F(ClickMonitorTest, StartsEmptyAndStoresTheTokenOnStart) {
 }
 
 TEST_F(ClickMonitorTest, ForwardsPointAndTheWholeModifierWordUnchanged) {
-    auto monitor = std::make_shared<ClickMonitor>();
+    auto monitor = std::make_shared<ClickMonitor>(mouse);
     std::vector<Received> got;
     monitor->onClick = [&](Point at, ModifierFlags m) { got.push_back({at, m}); };
     monitor->start();
@@ -73,7 +69,7 @@ TEST_F(ClickMonitorTest, ForwardsPointAndTheWholeModifierWordUnchanged) {
 }
 
 TEST_F(ClickMonitorTest, AClickWhileOnClickIsEmptyDoesNothing) {
-    auto monitor = std::make_shared<ClickMonitor>();
+    auto monitor = std::make_shared<ClickMonitor>(mouse);
     monitor->start();
     mouse.deliver({10, 10}, 0);  // no callback set: nothing happens, nothing fails
     EXPECT_TRUE(monitor->monitor.has_value());
@@ -82,7 +78,7 @@ TEST_F(ClickMonitorTest, AClickWhileOnClickIsEmptyDoesNothing) {
 
 TEST_F(ClickMonitorTest, AClickAfterTheMonitorWasReleasedDoesNothing) {
     auto calls = std::make_shared<int>(0);
-    auto monitor = std::make_shared<ClickMonitor>();
+    auto monitor = std::make_shared<ClickMonitor>(mouse);
     monitor->onClick = [calls](Point, ModifierFlags) { ++*calls; };
     monitor->start();
     mouse.deliver({1, 1}, 0);
@@ -99,7 +95,7 @@ TEST_F(ClickMonitorTest, AClickAfterTheMonitorWasReleasedDoesNothing) {
 }
 
 TEST_F(ClickMonitorTest, ReleasingTheMonitorTakesItsHandlerOffThePlatform) {
-    auto monitor = std::make_shared<ClickMonitor>();
+    auto monitor = std::make_shared<ClickMonitor>(mouse);
     monitor->start();
     monitor.reset();
     EXPECT_EQ(mouse.removed, std::vector<MonitorToken>{41});
@@ -107,7 +103,7 @@ TEST_F(ClickMonitorTest, ReleasingTheMonitorTakesItsHandlerOffThePlatform) {
 }
 
 TEST_F(ClickMonitorTest, StopBeforeStartMakesNoPlatformCall) {
-    auto monitor = std::make_shared<ClickMonitor>();
+    auto monitor = std::make_shared<ClickMonitor>(mouse);
     monitor->stop();
     EXPECT_FALSE(monitor->monitor.has_value());
     EXPECT_EQ(mouse.installs, 0);
@@ -115,7 +111,7 @@ TEST_F(ClickMonitorTest, StopBeforeStartMakesNoPlatformCall) {
 }
 
 TEST_F(ClickMonitorTest, StopRemovesTheInstalledMonitorAndEmptiesTheToken) {
-    auto monitor = std::make_shared<ClickMonitor>();
+    auto monitor = std::make_shared<ClickMonitor>(mouse);
     int calls = 0;
     monitor->onClick = [&](Point, ModifierFlags) { ++calls; };
     monitor->start();
@@ -129,7 +125,7 @@ TEST_F(ClickMonitorTest, StopRemovesTheInstalledMonitorAndEmptiesTheToken) {
 }
 
 TEST_F(ClickMonitorTest, StartingTwiceKeepsOnlyTheSecondToken) {
-    auto monitor = std::make_shared<ClickMonitor>();
+    auto monitor = std::make_shared<ClickMonitor>(mouse);
     monitor->start();
     monitor->start();
     EXPECT_EQ(mouse.installs, 2);
@@ -142,14 +138,13 @@ TEST_F(ClickMonitorTest, StartingTwiceKeepsOnlyTheSecondToken) {
 // On the simulated desktop: the platform's real stream of events.
 class ClickMonitorOnDesktopTest : public ::testing::Test {
   protected:
-    void SetUp() override { desktop.install(); }
-    void TearDown() override { installPlatform(Platform{}); }
+    void SetUp() override { desktop.clockTheLog(); }
 
     sim::SimDesktop desktop;
 };
 
 TEST_F(ClickMonitorOnDesktopTest, TheTopLeftCornerOfTheMainDisplayIsTheOrigin) {
-    auto monitor = std::make_shared<ClickMonitor>();
+    auto monitor = std::make_shared<ClickMonitor>(desktop);
     std::vector<Received> got;
     monitor->onClick = [&](Point at, ModifierFlags m) { got.push_back({at, m}); };
     monitor->start();
@@ -160,7 +155,7 @@ TEST_F(ClickMonitorOnDesktopTest, TheTopLeftCornerOfTheMainDisplayIsTheOrigin) {
 }
 
 TEST_F(ClickMonitorOnDesktopTest, ADisplayAboveTheMainOneGivesNegativeY) {
-    auto monitor = std::make_shared<ClickMonitor>();
+    auto monitor = std::make_shared<ClickMonitor>(desktop);
     std::vector<Received> got;
     monitor->onClick = [&](Point at, ModifierFlags m) { got.push_back({at, m}); };
     monitor->start();
@@ -171,7 +166,7 @@ TEST_F(ClickMonitorOnDesktopTest, ADisplayAboveTheMainOneGivesNegativeY) {
 }
 
 TEST_F(ClickMonitorOnDesktopTest, RightClicksMouseUpsAndKeysNeverReachOnClick) {
-    auto monitor = std::make_shared<ClickMonitor>();
+    auto monitor = std::make_shared<ClickMonitor>(desktop);
     int calls = 0;
     monitor->onClick = [&](Point, ModifierFlags) { ++calls; };
     monitor->start();
@@ -185,7 +180,7 @@ TEST_F(ClickMonitorOnDesktopTest, RightClicksMouseUpsAndKeysNeverReachOnClick) {
 }
 
 TEST_F(ClickMonitorOnDesktopTest, StopEndsTheStream) {
-    auto monitor = std::make_shared<ClickMonitor>();
+    auto monitor = std::make_shared<ClickMonitor>(desktop);
     int calls = 0;
     monitor->onClick = [&](Point, ModifierFlags) { ++calls; };
     monitor->start();

@@ -1,5 +1,6 @@
-// The close decision: gathering an application's closes, then judging them in the fixed
-// order, with every log line and journal entry.
+// The close decision on the desktop: gathering an application's closes, then judging them,
+// with every log line and journal entry. The order of the checks, case by case, is
+// DecideTests.cpp's.
 
 #include "tests/engine/EngineFixture.h"
 
@@ -251,29 +252,6 @@ TEST_F(CloseDecisionTest, OptionHeldWithTheOptionEscapeClosesEverythingWithoutQu
     EXPECT_EQ(journal()[0], entry("red dot", 0, "option held — kept running"));
 }
 
-TEST_F(CloseDecisionTest, AModifierOtherThanTheEscapeDoesNotEscape) {
-    writeConfig("live = true\narm = *\nescape = option\n");
-    auto notes = addWindow(textEdit, "Notes");
-    startAndSettle();
-    redDotClose(notes, modifier::shift | modifier::command);
-    ASSERT_EQ(journal().size(), 1u);
-    EXPECT_EQ(journal()[0].outcome, "quitting");
-}
-
-TEST_F(CloseDecisionTest, WithNoEscapeAnyModifiersNeverEscape) {
-    writeConfig("live = true\narm = *\nescape = none\n");
-    auto a = addWindow(textEdit, "A");
-    auto b = addWindow(textEdit, "B");
-    startAndSettle();
-    redDotClose(a, modifier::shift | modifier::control | modifier::command | 0xff);
-    redDotClose(b, modifier::shift);
-    ASSERT_EQ(journal().size(), 2u);
-    EXPECT_EQ(journal()[1].windowsLeft, 1);
-    EXPECT_EQ(journal()[1].outcome, "no action");
-    EXPECT_EQ(journal()[0], entry("red dot", 0, "quitting", true));
-    for (const auto& e : journal()) EXPECT_EQ(e.outcome.find("held"), std::string::npos);
-}
-
 TEST_F(CloseDecisionTest, TheEscapeUsesTheModifiersOfTheClickConsumedLast) {
     sim::WindowSpec desc;
     desc.closeDelay = 0.2;
@@ -345,8 +323,8 @@ TEST_F(CloseDecisionTest, ThreeWindowsGoneWithinTheGatheringMakeOneReport) {
     desktop.advance(0.15);
     desktop.closeWindowWithoutClick(c);
     desktop.runDue();
-    ASSERT_EQ(engine->pending.count(textEdit), 1u);
-    EXPECT_EQ(engine->pending.at(textEdit).windowsClosed, 3);
+    ASSERT_TRUE(engine->closes().isGathering(textEdit));
+    EXPECT_EQ(gatheringOf(textEdit).windowsClosed, 3);
     desktop.advance(0.05);  // 0.3 s after the first
 
     EXPECT_EQ(takeLog(), (Lines{
@@ -448,30 +426,6 @@ TEST_F(CloseDecisionTest, WithTheSwitchOffEveryWouldQuitCaseIsPaused) {
     EXPECT_TRUE(desktop.quitRequests().empty());
 }
 
-TEST_F(CloseDecisionTest, RedDotModeWithTheSwitchOffIsPausedToo) {
-    writeConfig("live = false\nmode = red-dot\narm = *\n");
-    auto a = addWindow(textEdit, "A");
-    addWindow(textEdit, "B");
-    startAndSettle();
-    redDotClose(a);
-    ASSERT_EQ(journal().size(), 1u);
-    EXPECT_EQ(journal()[0], entry("red dot", 1, "paused — would have quit"));
-    EXPECT_TRUE(desktop.quitRequests().empty());
-}
-
-TEST_F(CloseDecisionTest, ExcludedByTheUserKeepsRunning) {
-    writeConfig("live = true\narm = *\nexclude = com.apple.TextEdit\n");
-    auto notes = addWindow(textEdit, "Notes");
-    startAndSettle();
-    redDotClose(notes);
-    Lines log = takeLog();
-    ASSERT_EQ(log.size(), 7u);
-    EXPECT_EQ(log[5], "              → excluded by config");
-    ASSERT_EQ(journal().size(), 1u);
-    EXPECT_EQ(journal()[0], entry("red dot", 0, "excluded — kept running"));
-    EXPECT_TRUE(desktop.quitRequests().empty());
-}
-
 TEST_F(CloseDecisionTest, NothingArmedIsADryRun) {
     writeConfig("live = true\n");
     auto notes = addWindow(textEdit, "Notes");
@@ -490,21 +444,6 @@ TEST_F(CloseDecisionTest, NothingArmedIsADryRun) {
     ASSERT_EQ(journal().size(), 1u);
     EXPECT_EQ(journal()[0], entry("red dot", 0, "not armed"));
     EXPECT_TRUE(desktop.quitRequests().empty());
-}
-
-TEST_F(CloseDecisionTest, OnlyTheArmedAppsAreQuit) {
-    writeConfig("live = true\narm = com.apple.TextEdit\n");
-    desktop.addApp(appSpec(102, "com.apple.Maps", "Maps"));
-    auto notes = addWindow(textEdit, "Notes");
-    auto map = addWindow(102, "Map");
-    startAndSettle();
-    redDotClose(notes);
-    redDotClose(map);
-    ASSERT_EQ(journal().size(), 2u);
-    EXPECT_EQ(journal()[1].outcome, "quitting");
-    EXPECT_EQ(journal()[0].outcome, "not armed");
-    ASSERT_EQ(desktop.quitRequests().size(), 1u);
-    EXPECT_EQ(desktop.quitRequests()[0].pid, textEdit);
 }
 
 TEST_F(CloseDecisionTest, AWindowWhoseCloseButtonWasDisabledWasClosedByTheApp) {
@@ -560,8 +499,8 @@ TEST_F(CloseDecisionTest, WithoutAnyMissReasonTheCauseSaysNoCachedCloseButton) {
     auto w = addWindow(textEdit, "Odd");
     startAndSettle();
     engine->windowDestroyed(refOf(w), watcherOf(textEdit), false, std::nullopt);
-    ASSERT_EQ(engine->pending.count(textEdit), 1u);
-    EXPECT_EQ(engine->pending.at(textEdit), (PendingReport{.windowsClosed = 1}));
+    ASSERT_TRUE(engine->closes().isGathering(textEdit));
+    EXPECT_EQ(gatheringOf(textEdit), (PendingReport{.windowsClosed = 1}));
     desktop.advance(0.3);
     Lines log = takeLog();
     ASSERT_GE(log.size(), 3u);
@@ -586,13 +525,13 @@ TEST_F(CloseDecisionTest, TheReportGathersEveryFieldInOrder) {
     auto second = CloseButtonMiss::noFrame();
     engine->windowDestroyed(refOf(b), watcher, false, first);
     engine->windowDestroyed(refOf(a), watcher, true, second);
-    EXPECT_EQ(engine->pending.at(textEdit), (PendingReport{.windowsClosed = 2,
-                                                           .wasRedDot = true,
-                                                           .afterDialog = false,
-                                                           .sawCloseButton = true,
-                                                           .misses = {first, second},
-                                                           .modifiers = modifier::option | 0x100}));
-    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_EQ(gatheringOf(textEdit), (PendingReport{.windowsClosed = 2,
+                                                    .wasRedDot = true,
+                                                    .afterDialog = false,
+                                                    .sawCloseButton = true,
+                                                    .misses = {first, second},
+                                                    .modifiers = modifier::option | 0x100}));
+    EXPECT_TRUE(engine->clicks().empty());
 }
 
 TEST_F(CloseDecisionTest, AnAppAlreadyGoneIsLoggedWithoutAJournalEntry) {

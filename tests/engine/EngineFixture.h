@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "engine/Engine.h"
-#include "platform/Platform.h"
 #include "settings/Activity.h"
 #include "settings/ActivityTestSeam.h"
 #include "settings/Config.h"
@@ -31,6 +30,20 @@ inline const char* const liveAllLastWindow = "live = true\nmode = last-window\na
 using test::removeConfig;
 using test::writeConfig;
 
+// The desktop's context with another workspace in front of the desktop's.
+inline EngineContext withWorkspace(const EngineContext& context, Workspace& workspace) {
+    return EngineContext{.clock = context.clock,
+                         .mainQueue = context.mainQueue,
+                         .workspace = workspace,
+                         .accessibility = context.accessibility,
+                         .mouse = context.mouse,
+                         .windowServer = context.windowServer,
+                         .loginItem = context.loginItem,
+                         .collation = context.collation,
+                         .config = context.config,
+                         .journal = context.journal};
+}
+
 inline sim::AppSpec appSpec(Pid pid, std::optional<std::string> bundleID,
                             std::optional<std::string> name) {
     sim::AppSpec desc;
@@ -47,7 +60,7 @@ class EngineTest : public ::testing::Test {
     EngineTest() : sim_(std::make_unique<sim::SimDesktop>()), desktop(*sim_) {}
 
     void SetUp() override {
-        desktop.install();
+        desktop.clockTheLog();
         desktop.setOwnPid(ownPid);
         // The engine's decisions at the moments the design gives them: reads take no time
         // here (what they cost the main thread is the scenarios' and the desktop's tests').
@@ -65,12 +78,13 @@ class EngineTest : public ::testing::Test {
         LogCapture::shared().take();
         ActivityTestSeam::startEmpty();
         sim_.reset();
-        installPlatform(Platform{});
     }
 
-    // Creates and starts the engine; the start-up report is dropped unless `keepLog`.
-    void startEngine(bool keepLog = false) {
-        engine = Engine::create();
+    // Creates and starts the engine on the desktop's context (or `context`); the start-up
+    // report is dropped unless `keepLog`.
+    void startEngine(bool keepLog = false) { startEngine(desktop.context(), keepLog); }
+    void startEngine(const EngineContext& context, bool keepLog = false) {
+        engine = Engine::create(context);
         engine->start();
         desktop.runDue();
         if (!keepLog) LogCapture::shared().take();
@@ -105,12 +119,25 @@ class EngineTest : public ::testing::Test {
     }
 
     // The watcher of a tracked application (nullptr when there is none).
-    std::shared_ptr<AppWatcher> watcherOf(Pid pid) const {
-        auto it = engine->watchers.find(pid);
-        return it == engine->watchers.end() ? nullptr : it->second;
-    }
+    std::shared_ptr<AppWatcher> watcherOf(Pid pid) const { return engine->apps().watcherOf(pid); }
 
     WindowRef refOf(sim::ElementId window) const { return WindowRef{desktop.element(window)}; }
+
+    // The engine's click record of a window, as it stands (the test fails without one).
+    const ClickRecord& clickOf(sim::ElementId window) const {
+        static const ClickRecord none{};
+        const ClickRecord* click = engine->clicks().recordOf(refOf(window));
+        EXPECT_TRUE(click) << "no click record for window " << window;
+        return click ? *click : none;
+    }
+
+    // The report the engine is gathering for an application (the test fails without one).
+    const PendingReport& gatheringOf(Pid pid) const {
+        static const PendingReport none{};
+        const PendingReport* report = engine->closes().gathering(pid);
+        EXPECT_TRUE(report) << "no report gathering for pid " << pid;
+        return report ? *report : none;
+    }
 
     const Activity::Entries& journal() const { return Activity::shared().entries(); }
 

@@ -8,18 +8,17 @@ namespace {
 using EngineLifecycleTest = EngineTest;
 
 const std::string configLine() {
-    return "              config: " + Config::path();
+    return "              config: " + ConfigStore::path();
 }
 
 TEST_F(EngineLifecycleTest, ConstructionIsInert) {
-    engine = Engine::create();
-    EXPECT_TRUE(engine->watchers.empty());
-    EXPECT_TRUE(engine->lastTerminateAttempt.empty());
-    EXPECT_TRUE(engine->recentClicks.empty());
-    EXPECT_TRUE(engine->pending.empty());
-    ASSERT_TRUE(engine->clickMonitor);
-    EXPECT_FALSE(engine->clickMonitor->monitor.has_value());
-    EXPECT_EQ(engine->ownPID, ownPid);
+    engine = Engine::create(desktop.context());
+    EXPECT_TRUE(engine->apps().empty());
+    EXPECT_TRUE(engine->quits().empty());
+    EXPECT_TRUE(engine->clicks().empty());
+    EXPECT_TRUE(engine->closes().empty());
+    EXPECT_FALSE(engine->clickMonitor().monitor.has_value());
+    EXPECT_EQ(engine->ownPID(), ownPid);
     EXPECT_TRUE(takeLog().empty());
 }
 
@@ -56,7 +55,7 @@ TEST_F(EngineLifecycleTest, StartUpReportListsEveryCandidateWithItsMarkAndWindow
                              "WILL quit it",
                              "",
                          }));
-    EXPECT_EQ(engine->watchers.size(), 3u);
+    EXPECT_EQ(engine->apps().size(), 3u);
     EXPECT_TRUE(watcherOf(101));
     EXPECT_TRUE(watcherOf(102));
     EXPECT_TRUE(watcherOf(105));
@@ -64,7 +63,7 @@ TEST_F(EngineLifecycleTest, StartUpReportListsEveryCandidateWithItsMarkAndWindow
     EXPECT_FALSE(watcherOf(104));
     EXPECT_FALSE(watcherOf(106));
     EXPECT_FALSE(watcherOf(ownPid));
-    EXPECT_TRUE(engine->clickMonitor->monitor.has_value());
+    EXPECT_TRUE(engine->clickMonitor().monitor.has_value());
 }
 
 TEST_F(EngineLifecycleTest, StartUpWithNoCandidatesLogsZeroAndThenOnlyTheHint) {
@@ -84,7 +83,7 @@ TEST_F(EngineLifecycleTest, StartUpWithNoCandidatesLogsZeroAndThenOnlyTheHint) {
                   "              armed — closing the last window of an armed app WILL quit it",
                   "",
               }));
-    EXPECT_TRUE(engine->watchers.empty());
+    EXPECT_TRUE(engine->apps().empty());
 }
 
 TEST_F(EngineLifecycleTest, HintSaysNothingWillBeQuitWhileTheSwitchIsOff) {
@@ -125,7 +124,7 @@ TEST_F(EngineLifecycleTest, HintSaysArmedWhenSingleAppsAreArmed) {
 TEST_F(EngineLifecycleTest, StartWritesTheTemplateWhenTheFileIsMissing) {
     removeConfig();
     startEngine(true);
-    ASSERT_TRUE(std::filesystem::exists(Config::path()));
+    ASSERT_TRUE(std::filesystem::exists(ConfigStore::path()));
     Lines log = takeLog();
     ASSERT_FALSE(log.empty());
     EXPECT_EQ(log[0], "00:00:00.000  LIVE — mode last-window — all apps");
@@ -136,7 +135,7 @@ TEST_F(EngineLifecycleTest, OwnProcessNeverGetsAWatcherAtStartUp) {
     addWindow(ownPid, "Settings");
     startEngine();
     EXPECT_FALSE(watcherOf(ownPid));
-    EXPECT_TRUE(engine->watchers.empty());
+    EXPECT_TRUE(engine->apps().empty());
 }
 
 TEST_F(EngineLifecycleTest, OwnProcessNeverGetsAWatcherOnALaunchNotification) {
@@ -180,7 +179,7 @@ TEST_F(EngineLifecycleTest, LaunchesOfAccessoryOrBackgroundApplicationsAreIgnore
     daemon.policy = ActivationPolicy::prohibited;
     desktop.launchApp(daemon);
     desktop.advance(1.0);
-    EXPECT_TRUE(engine->watchers.empty());
+    EXPECT_TRUE(engine->apps().empty());
     EXPECT_TRUE(takeLog().empty());
 }
 
@@ -210,7 +209,7 @@ TEST_F(EngineLifecycleTest, NotificationsWithoutAnApplicationAreIgnored) {
     engine->appLaunched(nullptr);
     engine->appTerminated(nullptr);
     desktop.advance(1.0);
-    EXPECT_TRUE(engine->watchers.empty());
+    EXPECT_TRUE(engine->apps().empty());
     EXPECT_TRUE(takeLog().empty());
 }
 
@@ -224,28 +223,35 @@ TEST_F(EngineLifecycleTest, LaunchAndTerminationWithinHalfASecond) {
     desktop.runDue();
     // The termination comes first: nothing to forget, nothing logged.
     EXPECT_TRUE(takeLog().empty());
-    EXPECT_TRUE(engine->watchers.empty());
-    EXPECT_TRUE(engine->recentClicks.empty());
-    EXPECT_TRUE(engine->pending.empty());
-    EXPECT_TRUE(engine->lastTerminateAttempt.empty());
+    EXPECT_TRUE(engine->apps().empty());
+    EXPECT_TRUE(engine->clicks().empty());
+    EXPECT_TRUE(engine->closes().empty());
+    EXPECT_TRUE(engine->quits().empty());
     // The delayed step runs afterwards and finds the application gone: no watcher is made
     // for a dead process, and nothing is logged.
     desktop.advance(0.3);
     EXPECT_TRUE(takeLog().empty());
-    EXPECT_TRUE(engine->watchers.empty());
+    EXPECT_TRUE(engine->apps().empty());
 }
 
 TEST_F(EngineLifecycleTest, ATerminatedApplicationIsForgottenAtOnce) {
-    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
-    addWindow(textEdit, "Notes");
+    auto spec = appSpec(textEdit, "com.apple.TextEdit", "TextEdit");
+    spec.declinesQuit = true;
+    desktop.addApp(spec);
+    auto notes = addWindow(textEdit, "Notes");
     startEngine();
     ASSERT_TRUE(watcherOf(textEdit));
-    engine->lastTerminateAttempt[textEdit] = desktop.now();
+    // A quit request it declines: its throttle entry stays.
+    desktop.advance(10);
+    clickClose(notes);
+    desktop.advance(1);
+    ASSERT_TRUE(engine->quits().lastRequest(textEdit));
+    takeLog();
     desktop.terminateApp(textEdit);
     desktop.runDue();
     EXPECT_FALSE(watcherOf(textEdit));
-    EXPECT_TRUE(engine->lastTerminateAttempt.empty());
-    EXPECT_TRUE(engine->pending.empty());
+    EXPECT_TRUE(engine->quits().empty());
+    EXPECT_TRUE(engine->closes().empty());
     EXPECT_TRUE(takeLog().empty());
 }
 
@@ -255,27 +261,37 @@ TEST_F(EngineLifecycleTest, TerminationOfAnUntrackedApplicationWithNoClicksChang
     slow.title = "Slow";
     slow.closeDelay = 30;
     auto window = addWindow(textEdit, slow);
+    auto preview = appSpec(104, "com.apple.Preview", "Preview");
+    preview.declinesQuit = true;
+    desktop.addApp(preview);
+    auto page = addWindow(104, "Page");
     auto agent = appSpec(103, "com.example.Agent", "Agent");
     agent.policy = ActivationPolicy::accessory;
     desktop.addApp(agent);
     startEngine();
     desktop.advance(10);
+    clickClose(page);  // Preview declines the quit: its throttle entry stays
+    desktop.advance(1);
     clickClose(window);  // a click held for another application
     takeLog();
-    engine->lastTerminateAttempt[textEdit] = desktop.now();
-    auto clicks = engine->recentClicks;
-    auto watchers = engine->watchers;
-    auto attempts = engine->lastTerminateAttempt;
-    ASSERT_EQ(clicks.size(), 1u);
+    const ClickRecord click = clickOf(window);
+    auto textEditWatcher = watcherOf(textEdit);
+    auto previewWatcher = watcherOf(104);
+    std::optional<Date> attempt = engine->quits().lastRequest(104);
+    ASSERT_EQ(engine->clicks().size(), 1u);
+    ASSERT_TRUE(attempt);
 
     desktop.terminateApp(103);
     desktop.runDue();
 
     EXPECT_TRUE(takeLog().empty());
-    EXPECT_EQ(engine->recentClicks, clicks);
-    EXPECT_EQ(engine->watchers, watchers);
-    EXPECT_EQ(engine->lastTerminateAttempt, attempts);
-    EXPECT_TRUE(engine->pending.empty());
+    EXPECT_EQ(engine->clicks().size(), 1u);
+    EXPECT_EQ(clickOf(window), click);
+    EXPECT_EQ(engine->apps().size(), 2u);
+    EXPECT_EQ(watcherOf(textEdit), textEditWatcher);
+    EXPECT_EQ(watcherOf(104), previewWatcher);
+    EXPECT_EQ(engine->quits().lastRequest(104), attempt);
+    EXPECT_TRUE(engine->closes().empty());
 }
 
 TEST_F(EngineLifecycleTest, AnApplicationQuittingWithAPendingDecisionDropsTheReport) {
@@ -286,7 +302,7 @@ TEST_F(EngineLifecycleTest, AnApplicationQuittingWithAPendingDecisionDropsTheRep
     desktop.advance(10);
     desktop.closeWindowWithoutClick(notes);
     desktop.runDue();
-    ASSERT_EQ(engine->pending.count(textEdit), 1u);
+    ASSERT_TRUE(engine->closes().isGathering(textEdit));
     desktop.advance(0.1);
 
     engine->appTerminated(desktop.runningApplication(textEdit));
@@ -295,7 +311,7 @@ TEST_F(EngineLifecycleTest, AnApplicationQuittingWithAPendingDecisionDropsTheRep
                              "— nothing to do",
                              "",
                          }));
-    EXPECT_TRUE(engine->pending.empty());
+    EXPECT_TRUE(engine->closes().empty());
     EXPECT_FALSE(watcherOf(textEdit));
 
     desktop.advance(1.0);  // the gathering timer finds nothing
@@ -324,7 +340,7 @@ TEST_F(EngineLifecycleTest, AnApplicationQuittingWithAnUnexpiredClickSaysTheRedD
                              "when its last window closes)",
                              "",
                          }));
-    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_TRUE(engine->clicks().empty());
     EXPECT_FALSE(watcherOf(textEdit));
 }
 
@@ -339,11 +355,11 @@ TEST_F(EngineLifecycleTest, AnExpiredClickDoesNotCountAsInFlight) {
     clickClose(window);
     takeLog();
     desktop.advance(2.0);  // the record has expired but lingers until something prunes it
-    ASSERT_EQ(engine->recentClicks.size(), 1u);
+    ASSERT_EQ(engine->clicks().size(), 1u);
 
     engine->appTerminated(desktop.runningApplication(textEdit));
     EXPECT_TRUE(takeLog().empty());
-    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_TRUE(engine->clicks().empty());
 }
 
 TEST_F(EngineLifecycleTest, TerminationRemovesOnlyThatApplicationsClicks) {
@@ -359,11 +375,12 @@ TEST_F(EngineLifecycleTest, TerminationRemovesOnlyThatApplicationsClicks) {
     desktop.advance(10);
     clickClose(a);
     clickClose(b);
-    ASSERT_EQ(engine->recentClicks.size(), 2u);
+    ASSERT_EQ(engine->clicks().size(), 2u);
     engine->appTerminated(desktop.runningApplication(textEdit));
-    ASSERT_EQ(engine->recentClicks.size(), 1u);
-    EXPECT_EQ(engine->recentClicks.begin()->second.pid, 102);
-    EXPECT_TRUE(engine->recentClicks.count(refOf(b)));
+    ASSERT_EQ(engine->clicks().size(), 1u);
+    EXPECT_FALSE(engine->clicks().recordOf(refOf(a)));
+    ASSERT_TRUE(engine->clicks().recordOf(refOf(b)));
+    EXPECT_EQ(clickOf(b).pid, 102);
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ TEST_F(FreshProcessTest, TheDelayedAttachDoesNothingForAnAppAlreadyGone) {
     desktop.runDue();
     desktop.advance(0.3);  // the attach was due now
     EXPECT_TRUE(takeLog().empty());
-    EXPECT_TRUE(engine->watchers.empty());
+    EXPECT_TRUE(engine->apps().empty());
     EXPECT_EQ(desktop.liveObserverCount(), 0);
 }
 
@@ -49,7 +49,7 @@ TEST_F(FreshProcessTest, ANewProcessReusingThePidGetsItsOwnWatcher) {
     previewQuitsAndMusicReusesItsPid();
     desktop.advance(0.2);  // Preview's attach was due at 00:00:01.500
     EXPECT_TRUE(takeLog().empty());
-    EXPECT_TRUE(engine->watchers.empty());
+    EXPECT_TRUE(engine->apps().empty());
 
     desktop.advance(0.3);  // Music's, at 00:00:01.800
     EXPECT_EQ(takeLog(), (Lines{"00:00:01.800  now watching Music"}));
@@ -99,34 +99,45 @@ class DeafWorkspace final : public ForwardingWorkspace {
 
 TEST(FreshProcess, AWatcherLeftForADeadProcessIsReplacedAtTheNewLaunch) {
     sim::SimDesktop desktop;
-    desktop.install();
+    desktop.clockTheLog();
     // The attach at the moment the design gives it: reads take no time here.
     desktop.setReadCost(0);
     desktop.setOwnPid(500);
+    writeConfig(liveAllLastWindow);
     DeafWorkspace workspace(desktop);
-    installPlatform(Platform{.workspace = &workspace}, false);
     LogCapture::shared().attach();
-    auto engine = Engine::create();
+    auto engine = Engine::create(withWorkspace(desktop.context(), workspace));
     engine->start();
     desktop.runDue();
 
-    desktop.launchApp(appSpec(reused, "com.apple.Preview", "Preview"));
+    auto preview = appSpec(reused, "com.apple.Preview", "Preview");
+    preview.declinesQuit = true;
+    desktop.launchApp(preview);
     desktop.runDue();
     sim::WindowSpec pageSpec;
     pageSpec.title = "Page";
     auto page = desktop.addWindow(reused, pageSpec);
     desktop.advance(0.5);
-    auto stale = engine->watchers.at(reused);
+    auto stale = engine->apps().watcherOf(reused);
+    ASSERT_TRUE(stale);
     EXPECT_EQ(stale->name, "Preview");
-    // Its process's click and throttle entry are still remembered when the termination
-    // goes unheard.
-    engine->lastTerminateAttempt[reused] = desktop.now();
-    engine->recentClicks[WindowRef{desktop.element(page)}] =
-        ClickRecord{.at = desktop.now(),
-                    .pid = reused,
-                    .modifiers = 0,
-                    .expiry = desktop.now() + 60.0,
-                    .sustained = false};
+    // A quit request it declines, and a click on a window that takes its time to close: its
+    // process's throttle entry and click are still remembered when the termination goes
+    // unheard.
+    auto centre = [&](sim::ElementId window) {
+        Rect r = desktop.closeButtonFrame(window).value_or(Rect{});
+        return Point{r.origin.x + r.size.width / 2, r.origin.y + r.size.height / 2};
+    };
+    desktop.click(centre(page));
+    desktop.advance(0.5);
+    ASSERT_TRUE(engine->quits().lastRequest(reused));
+    sim::WindowSpec slowSpec;
+    slowSpec.title = "Slow";
+    slowSpec.closeDelay = 30;
+    auto slow = desktop.addWindow(reused, slowSpec);
+    desktop.runDue();
+    desktop.click(centre(slow));
+    ASSERT_TRUE(engine->clicks().recordOf(WindowRef{desktop.element(slow)}));
     workspace.deaf = true;
     desktop.terminateApp(reused);
     desktop.runDue();
@@ -136,18 +147,17 @@ TEST(FreshProcess, AWatcherLeftForADeadProcessIsReplacedAtTheNewLaunch) {
     desktop.launchApp(appSpec(reused, "com.apple.Music", "Music"));
     desktop.runDue();
     desktop.advance(0.5);
-    EXPECT_EQ(LogCapture::shared().take(), (Lines{"00:00:01.000  now watching Music"}));
-    auto fresh = engine->watchers.at(reused);
+    EXPECT_EQ(LogCapture::shared().take(), (Lines{"00:00:01.500  now watching Music"}));
+    auto fresh = engine->apps().watcherOf(reused);
     EXPECT_NE(fresh, stale);
     EXPECT_EQ(fresh->bundleID, "com.apple.Music");
     EXPECT_EQ(fresh->attachedAt, desktop.now());
-    EXPECT_TRUE(engine->lastTerminateAttempt.empty());
-    EXPECT_TRUE(engine->recentClicks.empty());
+    EXPECT_TRUE(engine->quits().empty());
+    EXPECT_TRUE(engine->clicks().empty());
 
     engine.reset();
     desktop.advance(60);
     LogCapture::shared().take();
-    installPlatform(Platform{});
 }
 
 TEST_F(FreshProcessTest, ALaunchNotificationForTheSameLiveProcessKeepsItsWatcher) {

@@ -28,8 +28,8 @@ TEST_F(InvariantTest, QueltoNeverWatchesOrQuitsItself) {
     engine->handleClick(button, 0);
     clickClose(settings);
     desktop.advance(5);
-    EXPECT_TRUE(engine->recentClicks.empty());
-    EXPECT_TRUE(engine->pending.empty());
+    EXPECT_TRUE(engine->clicks().empty());
+    EXPECT_TRUE(engine->closes().empty());
     EXPECT_TRUE(journal().empty());
     EXPECT_TRUE(takeLog().empty());
     EXPECT_TRUE(desktop.quitRequests().empty());
@@ -64,7 +64,7 @@ TEST_F(InvariantTest, NoBundleOfTheNeverQuitListIsEverQuit) {
         EXPECT_FALSE(e.quit);
     }
     EXPECT_TRUE(desktop.quitRequests().empty());
-    EXPECT_TRUE(engine->lastTerminateAttempt.empty());
+    EXPECT_TRUE(engine->quits().empty());
 }
 
 TEST_F(InvariantTest, NothingIsQuitWhileTheSwitchIsOff) {

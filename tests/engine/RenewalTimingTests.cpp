@@ -36,7 +36,7 @@ class RenewalTimingTest : public EngineTest {
         });
     }
 
-    const ClickRecord& click() const { return engine->recentClicks.at(refOf(letter)); }
+    const ClickRecord& click() const { return clickOf(letter); }
 
     sim::ElementId letter = 0;
 

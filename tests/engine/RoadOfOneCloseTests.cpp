@@ -23,7 +23,7 @@ TEST_F(RoadOfOneCloseTest, FromTheClickToQuitCleanly) {
     EXPECT_EQ(takeLog(),
               (Lines{
                   "00:00:00.000  LIVE — mode last-window — all apps",
-                  "              config: " + Config::path(),
+                  "              config: " + ConfigStore::path(),
                   "",
                   "00:00:00.000  attaching to 1 foreground apps",
                   "                ✓ TextEdit  (com.apple.TextEdit)  1 windows",
@@ -51,10 +51,10 @@ TEST_F(RoadOfOneCloseTest, FromTheClickToQuitCleanly) {
     EXPECT_FALSE(desktop.quitRequests()[0].forced);
     EXPECT_FALSE(desktop.isRunning(textEdit));
     // The termination forgot the application completely.
-    EXPECT_TRUE(engine->watchers.empty());
-    EXPECT_TRUE(engine->recentClicks.empty());
-    EXPECT_TRUE(engine->pending.empty());
-    EXPECT_TRUE(engine->lastTerminateAttempt.empty());
+    EXPECT_TRUE(engine->apps().empty());
+    EXPECT_TRUE(engine->clicks().empty());
+    EXPECT_TRUE(engine->closes().empty());
+    EXPECT_TRUE(engine->quits().empty());
 }
 
 TEST_F(RoadOfOneCloseTest, ALaunchedApplicationIsFollowedFromItsLaunchToItsQuit) {
@@ -97,7 +97,7 @@ TEST_F(RoadOfOneCloseTest, AnAppThatQuitsItselfDuringTheGatheringGetsNoReport) {
                          }));
     EXPECT_TRUE(journal().empty());
     EXPECT_TRUE(desktop.quitRequests().empty());
-    EXPECT_TRUE(engine->watchers.empty());
+    EXPECT_TRUE(engine->apps().empty());
 }
 
 TEST_F(RoadOfOneCloseTest, AHandEditBetweenTwoDecisionsTakesEffectWithoutARestart) {

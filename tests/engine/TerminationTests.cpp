@@ -100,7 +100,7 @@ TEST_F(TerminationTest, ASecondDecisionThreeSecondsLaterIsSkipped) {
     EXPECT_EQ(journal()[1].outcome, "quitting");
     EXPECT_TRUE(journal()[1].quit);
     // The throttle keeps the moment of the request that was sent.
-    EXPECT_EQ(engine->lastTerminateAttempt.at(textEdit), desktop.now() - 3.0);
+    EXPECT_EQ(engine->quits().lastRequest(textEdit), desktop.now() - 3.0);
 }
 
 TEST_F(TerminationTest, TwoDecisionsTwelveSecondsApartBothSendARequest) {
@@ -113,7 +113,7 @@ TEST_F(TerminationTest, TwoDecisionsTwelveSecondsApartBothSendARequest) {
     EXPECT_EQ(log[6], "              → QUITTING TextEdit — terminate() returned true");
     ASSERT_EQ(desktop.quitRequests().size(), 2u);
     EXPECT_EQ(desktop.quitRequests()[1].at - desktop.quitRequests()[0].at, 12.0);
-    EXPECT_EQ(engine->lastTerminateAttempt.at(textEdit), desktop.now());
+    EXPECT_EQ(engine->quits().lastRequest(textEdit), desktop.now());
 }
 
 TEST_F(TerminationTest, TheThrottleEndsAfterExactlyTenSeconds) {
@@ -134,7 +134,7 @@ TEST_F(TerminationTest, AnAppThatQuitsOneSecondAfterTheRequestQuitCleanlyAtTheFi
     EXPECT_EQ(takeLog(), (Lines{"00:00:12.350     TextEdit quit cleanly"}));
     // Its termination forgot it; nothing more is checked or logged.
     EXPECT_FALSE(watcherOf(textEdit));
-    EXPECT_TRUE(engine->lastTerminateAttempt.empty());
+    EXPECT_TRUE(engine->quits().empty());
     desktop.advance(60);
     EXPECT_TRUE(takeLog().empty());
 }
@@ -152,17 +152,18 @@ TEST_F(TerminationTest, AnAppThatNeverQuitsIsReportedOnceAfterTheDeadlineAndLeft
     EXPECT_EQ(desktop.quitRequests().size(), 1u);
     EXPECT_TRUE(desktop.isRunning(textEdit));
     // The entry stays and keeps throttling.
-    EXPECT_EQ(engine->lastTerminateAttempt.count(textEdit), 1u);
+    EXPECT_TRUE(engine->quits().lastRequest(textEdit));
 }
 
 TEST_F(TerminationTest, AProcessThatVanishedBeforeTheRequestIsAlreadyGone) {
-    auto watcher = watcherOf(textEdit);
+    auto owner = std::make_shared<int>(0);
+    QuitRequester quits(desktop.context(), owner);
     desktop.terminateApp(textEdit);
     desktop.runDue();
     takeLog();
-    engine->terminate(watcher);
+    EXPECT_EQ(quits.request(textEdit, "TextEdit"), QuitAttempt::appGone);
     EXPECT_EQ(takeLog(), (Lines{"              → app already gone"}));
-    EXPECT_TRUE(engine->lastTerminateAttempt.empty());
+    EXPECT_TRUE(quits.empty());
     EXPECT_TRUE(desktop.quitRequests().empty());
 }
 
@@ -193,16 +194,17 @@ TEST_F(TerminationTest, AnAppGoneDuringTheDecisionIsJournalledAsGoneNotQuitting)
     EXPECT_EQ(journal()[0].outcome, "app already gone");
     EXPECT_FALSE(journal()[0].quit);
     EXPECT_TRUE(desktop.quitRequests().empty());
-    EXPECT_TRUE(engine->lastTerminateAttempt.empty());
+    EXPECT_TRUE(engine->quits().empty());
 }
 
 TEST_F(TerminationTest, TerminateSaysWhatBecameOfTheDecision) {
-    auto watcher = watcherOf(textEdit);
-    EXPECT_EQ(engine->terminate(watcher), Engine::QuitAttempt::requested);
-    EXPECT_EQ(engine->terminate(watcher), Engine::QuitAttempt::throttled);
-    engine->lastTerminateAttempt.clear();
+    auto owner = std::make_shared<int>(0);
+    QuitRequester quits(desktop.context(), owner);
+    EXPECT_EQ(quits.request(textEdit, "TextEdit"), QuitAttempt::requested);
+    EXPECT_EQ(quits.request(textEdit, "TextEdit"), QuitAttempt::throttled);
+    quits.forget(textEdit);
     desktop.terminateApp(textEdit);
-    EXPECT_EQ(engine->terminate(watcher), Engine::QuitAttempt::appGone);
+    EXPECT_EQ(quits.request(textEdit, "TextEdit"), QuitAttempt::appGone);
 }
 
 TEST_F(TerminationTest, TheCheckKeepsTheEngineAliveUntilItHasRun) {
@@ -219,11 +221,9 @@ TEST_F(TerminationTest, TheCheckKeepsTheEngineAliveUntilItHasRun) {
 
 TEST_F(TerminationTest, ARequestReportedUndeliveredIsOnlyLoggedAndStillVerified) {
     UndeliveredQuitWorkspace workspace(desktop);
-    installPlatform(Platform{.workspace = &workspace}, false);
-    struct Restore {
-        sim::SimDesktop& desktop;
-        ~Restore() { desktop.install(); }
-    } restore{desktop};
+    // An engine that reaches the applications through that workspace, in place of the first.
+    engine.reset();
+    startEngine(withWorkspace(desktop.context(), workspace));
     redDotClose(windows[0]);
     Lines log = takeLog();
     ASSERT_GE(log.size(), 2u);

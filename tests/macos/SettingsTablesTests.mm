@@ -38,7 +38,7 @@ class SettingsTablesTest : public uitest::UiTest {
     }
 
     void openWindow() {
-        model = std::make_shared<MainWindowModel>();
+        model = std::make_shared<MainWindowModel>(desktop.shellContext());
         controller = [[MainWindowController alloc] initWithModel:model];
         ASSERT_NE(controller.window, nil);
     }
@@ -129,7 +129,7 @@ TEST_F(SettingsTablesTest, TickingABoxExcludesTheApp) {
     ASSERT_NE(box, nil);
     box.state = NSControlStateValueOn;
     [NSApp sendAction:box.action to:box.target from:box];
-    EXPECT_EQ(Config::load().excluded.count("com.apple.Safari"), 1u);
+    EXPECT_EQ(desktop.config().load().excluded.count("com.apple.Safari"), 1u);
     EXPECT_EQ(configChangedPosts, 1);
 }
 

@@ -68,7 +68,7 @@ class StatusMenuTest : public uitest::UiTest {
         return [menu itemWithTitle:toNSString(title)];
     }
 
-    StatusItemModel model;
+    StatusItemModel model{desktop.shellContext()};
     StatusItemController* controller = nil;
 };
 
@@ -144,7 +144,7 @@ TEST_F(StatusMenuTest, ChoosingAnItemReachesTheModel) {
     NSMenuItem* redDot = [itemTitled(menu, "Quit when…").submenu itemAtIndex:1];
     ASSERT_NE(redDot, nil);
     [NSApp sendAction:redDot.action to:redDot.target from:redDot];
-    EXPECT_EQ(Config::load().mode, Config::Mode::redDot);
+    EXPECT_EQ(desktop.config().load().mode, Config::Mode::redDot);
     EXPECT_TRUE(uitest::contains(takeLog(), "mode set to red-dot from the menu bar"));
 }
 

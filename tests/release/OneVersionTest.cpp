@@ -51,18 +51,18 @@ TEST(OneVersion, TheBuildNumberIsOneTheUpdateCheckCanCompare) {
 TEST(OneVersion, AboutDiagnosticsAndUpdateCheckShowTheSameValues) {
     test::LogCapture logged;
     sim::SimDesktop desktop;  // its bundle information is the build's, as a built app's is
-    desktop.install();
+    desktop.clockTheLog();
     UpdateChecker::setSite(std::nullopt);
     const std::string version = build::version;
     const std::string number = build::buildNumber;
 
-    EXPECT_EQ(MainWindowModel::aboutLines().versionLine,
+    EXPECT_EQ(MainWindowModel::aboutLines(desktop.shellContext()).versionLine,
               "Version " + version + " (build " + number + ")");
-    const std::string diagnostics = MainWindowModel::diagnosticsText();
+    const std::string diagnostics = MainWindowModel::diagnosticsText(desktop.shellContext());
     EXPECT_EQ(diagnostics.substr(0, diagnostics.find('\n')),
               "Quelto " + version + "         (build " + number + ")");
 
-    UpdateChecker::check();
+    UpdateChecker::check(desktop.shellContext().updateContext());
     desktop.advance(1);
     ASSERT_FALSE(logged.messages().empty());
     EXPECT_EQ(logged.messages().front(),

@@ -114,7 +114,7 @@ TEST(ReleaseFeed, WithoutItsArgumentsItShowsHowToCallIt) {
 class ReleaseFeedServed : public ::testing::Test {
   protected:
     void SetUp() override {
-        desktop.install();
+        desktop.clockTheLog();
         UpdateChecker::setSite(std::nullopt);
         ScriptRun run = feed("1.2.0", "57", kDownload);
         ASSERT_EQ(run.status, 0) << run.err;
@@ -128,7 +128,7 @@ class ReleaseFeedServed : public ::testing::Test {
     // The alert a check shows while the running build is `build`.
     AlertSpec checkWhileRunning(const std::string& build) {
         desktop.setBundleInfo("CFBundleVersion", build);
-        UpdateChecker::check();
+        UpdateChecker::check(desktop.shellContext().updateContext());
         desktop.advance(1);
         EXPECT_EQ(desktop.shownAlerts().size(), 1u);
         return desktop.shownAlerts().empty() ? AlertSpec{} : desktop.shownAlerts().back();

@@ -16,6 +16,7 @@
 
 #include "settings/AtomicFile.h"
 #include "settings/Config.h"
+#include "settings/ConfigStore.h"
 #include "tests/support/ConfigFiles.h"
 #include "tests/support/PlainUser.h"
 
@@ -40,13 +41,13 @@ class ConfigFile : public ::testing::Test {
     void TearDown() override { clean(); }
     static void clean() {
         std::error_code ec;
-        fs::permissions(Config::directory(), fs::perms::owner_all, ec);
-        fs::remove_all(fs::path(Config::directory()).parent_path(), ec);
+        fs::permissions(ConfigStore::directory(), fs::perms::owner_all, ec);
+        fs::remove_all(fs::path(ConfigStore::directory()).parent_path(), ec);
     }
     static std::vector<std::string> directoryEntries() {
         std::vector<std::string> names;
         std::error_code ec;
-        for (auto& e : fs::directory_iterator(Config::directory(), ec))
+        for (auto& e : fs::directory_iterator(ConfigStore::directory(), ec))
             names.push_back(e.path().filename().string());
         return names;
     }
@@ -54,69 +55,70 @@ class ConfigFile : public ::testing::Test {
 
 TEST_F(ConfigFile, PathsAreUnderTheHomeDirectory) {
     std::string home = std::getenv("HOME");
-    EXPECT_EQ(Config::directory(), home + "/Library/Application Support/Quelto");
-    EXPECT_EQ(Config::path(), home + "/Library/Application Support/Quelto/config.txt");
+    EXPECT_EQ(ConfigStore::directory(), home + "/Library/Application Support/Quelto");
+    EXPECT_EQ(ConfigStore::path(), home + "/Library/Application Support/Quelto/config.txt");
 }
 
 TEST_F(ConfigFile, MissingFileLoadsAsTheDefaults) {
-    EXPECT_EQ(Config::load(), Config());
+    EXPECT_EQ(ConfigStore().load(), Config());
 }
 
 TEST_F(ConfigFile, EmptyFileLoadsAsTheDefaults) {
-    writeRaw(Config::path(), "");
-    EXPECT_EQ(Config::load(), Config());
+    writeRaw(ConfigStore::path(), "");
+    EXPECT_EQ(ConfigStore().load(), Config());
 }
 
 TEST_F(ConfigFile, CommentOnlyFileLoadsAsTheDefaults) {
-    writeRaw(Config::path(), "# live = false\n# arm = *\n\n#\n");
-    EXPECT_EQ(Config::load(), Config());
+    writeRaw(ConfigStore::path(), "# live = false\n# arm = *\n\n#\n");
+    EXPECT_EQ(ConfigStore().load(), Config());
 }
 
 TEST_F(ConfigFile, InvalidUtf8LoadsAsTheDefaults) {
     for (std::string bad : {std::string("live = false\n\xFF\n"), std::string("live = false\xC3"),
                             std::string("arm = a\xC0\xAF"), std::string("arm = \xED\xA0\x80"),
                             std::string("live = false\n\xF4\x90\x80\x80")}) {
-        writeRaw(Config::path(), bad);
-        EXPECT_EQ(Config::load(), Config()) << bad;
+        writeRaw(ConfigStore::path(), bad);
+        EXPECT_EQ(ConfigStore().load(), Config()) << bad;
     }
 }
 
 TEST_F(ConfigFile, ValidMultibyteTextLoads) {
-    writeRaw(Config::path(), "live = false\nexclude = 𝒳.日本\n");
-    Config c = Config::load();
+    writeRaw(ConfigStore::path(), "live = false\nexclude = 𝒳.日本\n");
+    Config c = ConfigStore().load();
     EXPECT_FALSE(c.live);
     EXPECT_EQ(c.excluded, std::set<std::string>{"𝒳.日本"});
 }
 
 TEST_F(ConfigFile, DirectoryInPlaceOfTheFileLoadsAsTheDefaults) {
-    fs::create_directories(Config::path());
-    EXPECT_EQ(Config::load(), Config());
+    fs::create_directories(ConfigStore::path());
+    EXPECT_EQ(ConfigStore().load(), Config());
 }
 
 TEST_F(ConfigFile, CarriageReturnFileLoadsLikeLineFeedFile) {
-    writeRaw(Config::path(), "live = false\rmode = red-dot\rarm = a.b\rescape = option\r");
-    Config cr = Config::load();
-    writeRaw(Config::path(), "live = false\nmode = red-dot\narm = a.b\nescape = option\n");
-    EXPECT_EQ(cr, Config::load());
-    writeRaw(Config::path(), "live = false\r\nmode = red-dot\r\narm = a.b\r\nescape = option\r\n");
-    EXPECT_EQ(cr, Config::load());
-    writeRaw(Config::path(),
+    writeRaw(ConfigStore::path(), "live = false\rmode = red-dot\rarm = a.b\rescape = option\r");
+    Config cr = ConfigStore().load();
+    writeRaw(ConfigStore::path(), "live = false\nmode = red-dot\narm = a.b\nescape = option\n");
+    EXPECT_EQ(cr, ConfigStore().load());
+    writeRaw(ConfigStore::path(),
+             "live = false\r\nmode = red-dot\r\narm = a.b\r\nescape = option\r\n");
+    EXPECT_EQ(cr, ConfigStore().load());
+    writeRaw(ConfigStore::path(),
              "live = false\u2028mode = red-dot\u0085arm = a.b\u2029escape = option");
-    EXPECT_EQ(cr, Config::load());
+    EXPECT_EQ(cr, ConfigStore().load());
     EXPECT_FALSE(cr.live);
     EXPECT_EQ(cr.escape, Config::Escape::option);
 }
 
 TEST_F(ConfigFile, NoBreakAndIdeographicSpacesAroundKeys) {
-    writeRaw(Config::path(), "\u00A0live\u00A0= false\n\u3000exclude\u3000=\u3000a.b\u3000\n");
-    Config c = Config::load();
+    writeRaw(ConfigStore::path(), "\u00A0live\u00A0= false\n\u3000exclude\u3000=\u3000a.b\u3000\n");
+    Config c = ConfigStore().load();
     EXPECT_FALSE(c.live);
     EXPECT_EQ(c.excluded, std::set<std::string>{"a.b"});
 }
 
 TEST_F(ConfigFile, ValueWithEqualsAndHash) {
-    writeRaw(Config::path(), "exclude = a=b # c=d\narm = k = v#x\n");
-    Config c = Config::load();
+    writeRaw(ConfigStore::path(), "exclude = a=b # c=d\narm = k = v#x\n");
+    Config c = ConfigStore().load();
     EXPECT_EQ(c.excluded, std::set<std::string>{"a=b"});
     EXPECT_EQ(c.armed, std::set<std::string>{"k = v"});
 }
@@ -129,8 +131,8 @@ TEST_F(ConfigFile, OneMegabyteFileLoads) {
         text += "unknown = line\n";
     }
     text += "live = false\n";
-    writeRaw(Config::path(), text);
-    Config c = Config::load();
+    writeRaw(ConfigStore::path(), text);
+    Config c = ConfigStore().load();
     EXPECT_FALSE(c.live);
     EXPECT_EQ(c.excluded.size(), static_cast<std::size_t>(n));
     EXPECT_TRUE(c.excluded.count("com.example.app0"));
@@ -224,8 +226,8 @@ TEST_F(ConfigFile, CanonicalTextWithArmAllDropsTheArmedList) {
 TEST_F(ConfigFile, SaveWritesTheCanonicalTextEndingInOneLineFeed) {
     Config c;
     c.armed = {"a.b"};
-    c.save();
-    std::string text = readAll(Config::path());
+    ConfigStore().save(c);
+    std::string text = readAll(ConfigStore::path());
     EXPECT_EQ(text, c.canonicalText());
     ASSERT_GE(text.size(), 2u);
     EXPECT_EQ(text.back(), '\n');
@@ -235,69 +237,69 @@ TEST_F(ConfigFile, SaveWritesTheCanonicalTextEndingInOneLineFeed) {
 TEST_F(ConfigFile, NothingArmedSavesTheNoticeAndNoArmLine) {
     Config c;
     c.excluded = {"x.y"};
-    c.save();
-    std::string text = readAll(Config::path());
+    ConfigStore().save(c);
+    std::string text = readAll(ConfigStore::path());
     EXPECT_NE(text.find("\n# Nothing armed — add `arm = <bundle id>` or `arm = *`.\n"),
               std::string::npos);
     EXPECT_EQ(text.find("\narm"), std::string::npos);
-    EXPECT_EQ(Config::load(), c);
+    EXPECT_EQ(ConfigStore().load(), c);
 }
 
 TEST_F(ConfigFile, ArmAllWithArmedEntriesLosesThemOnSave) {
-    writeRaw(Config::path(), "arm = *\narm = com.example.App\n");
-    Config c = Config::load();
+    writeRaw(ConfigStore::path(), "arm = *\narm = com.example.App\n");
+    Config c = ConfigStore().load();
     EXPECT_TRUE(c.armAll);
     EXPECT_EQ(c.armed.size(), 1u);
-    c.save();
-    Config again = Config::load();
+    ConfigStore().save(c);
+    Config again = ConfigStore().load();
     EXPECT_TRUE(again.armAll);
     EXPECT_TRUE(again.armed.empty());
 }
 
 TEST_F(ConfigFile, SaveReplacesCommentsAndUnknownLines) {
-    writeRaw(Config::path(), "# mine\nfoo = bar\nlive = false\n");
-    Config::load().save();
-    std::string text = readAll(Config::path());
+    writeRaw(ConfigStore::path(), "# mine\nfoo = bar\nlive = false\n");
+    ConfigStore().save(ConfigStore().load());
+    std::string text = readAll(ConfigStore::path());
     EXPECT_EQ(text.find("# mine"), std::string::npos);
     EXPECT_EQ(text.find("foo"), std::string::npos);
     EXPECT_NE(text.find("\nlive = false\n"), std::string::npos);
 }
 
 TEST_F(ConfigFile, SaveCreatesTheMissingDirectories) {
-    ASSERT_FALSE(fs::exists(fs::path(Config::directory()).parent_path()));
+    ASSERT_FALSE(fs::exists(fs::path(ConfigStore::directory()).parent_path()));
     Config c;
     c.live = false;
-    c.save();
-    EXPECT_TRUE(fs::is_regular_file(Config::path()));
-    EXPECT_EQ(Config::load(), c);
+    ConfigStore().save(c);
+    EXPECT_TRUE(fs::is_regular_file(ConfigStore::path()));
+    EXPECT_EQ(ConfigStore().load(), c);
 }
 
 TEST_F(ConfigFile, SaveLeavesNoTemporaryFileBehind) {
     Config c;
-    c.save();
+    ConfigStore().save(c);
     c.live = false;
-    c.save();
+    ConfigStore().save(c);
     EXPECT_EQ(directoryEntries(), std::vector<std::string>{"config.txt"});
 }
 
 TEST_F(ConfigFile, FailedAtomicWriteRemovesItsTemporary) {
     // A non-empty directory where the file should be: the rename cannot replace it. (A save
     // moves such a directory aside first; the write beneath it must fail cleanly anyway.)
-    fs::create_directories(fs::path(Config::path()) / "inside");
-    EXPECT_FALSE(writeFileAtomically(Config::path(), Config().canonicalText()));
-    EXPECT_TRUE(fs::is_directory(Config::path()));
+    fs::create_directories(fs::path(ConfigStore::path()) / "inside");
+    EXPECT_FALSE(writeFileAtomically(ConfigStore::path(), Config().canonicalText()));
+    EXPECT_TRUE(fs::is_directory(ConfigStore::path()));
     EXPECT_EQ(directoryEntries(), std::vector<std::string>{"config.txt"});
-    EXPECT_EQ(Config::load(), Config());
+    EXPECT_EQ(ConfigStore().load(), Config());
 }
 
 TEST_F(ConfigFile, SaveIntoAnUncreatableDirectoryIsSwallowed) {
     // A plain file where the Application Support folder should be.
-    writeRaw(fs::path(Config::directory()).parent_path().string(), "not a folder");
+    writeRaw(fs::path(ConfigStore::directory()).parent_path().string(), "not a folder");
     Config c;
     c.live = false;
-    c.save();
-    EXPECT_FALSE(fs::exists(Config::path()));
-    EXPECT_EQ(Config::load(), Config());
+    ConfigStore().save(c);
+    EXPECT_FALSE(fs::exists(ConfigStore::path()));
+    EXPECT_EQ(ConfigStore().load(), Config());
 }
 
 TEST_F(ConfigFile, SaveIntoAReadOnlyDirectoryIsSwallowed) {
@@ -305,13 +307,13 @@ TEST_F(ConfigFile, SaveIntoAReadOnlyDirectoryIsSwallowed) {
     if (test::runAsPlainUser()) return;
     Config before;
     before.live = false;
-    before.save();
-    fs::permissions(Config::directory(), fs::perms::owner_read | fs::perms::owner_exec);
+    ConfigStore().save(before);
+    fs::permissions(ConfigStore::directory(), fs::perms::owner_read | fs::perms::owner_exec);
     Config after = before;
     after.live = true;
-    after.save();
-    fs::permissions(Config::directory(), fs::perms::owner_all);
-    EXPECT_EQ(Config::load(), before);
+    ConfigStore().save(after);
+    fs::permissions(ConfigStore::directory(), fs::perms::owner_all);
+    EXPECT_EQ(ConfigStore().load(), before);
     EXPECT_EQ(directoryEntries(), std::vector<std::string>{"config.txt"});
 }
 
@@ -323,17 +325,17 @@ TEST_F(ConfigFile, ReadersNeverSeeAHalfWrittenFile) {
     b.armAll = true;
     for (int i = 0; i < 2000; ++i)
         b.excluded.insert("com.example.long.identifier." + std::to_string(i));
-    a.save();
+    ConfigStore().save(a);
     std::atomic<bool> done{false};
     std::atomic<int> torn{0}, reads{0};
     std::thread reader([&] {
         while (!done.load()) {
-            Config seen = Config::load();
+            Config seen = ConfigStore().load();
             if (!(seen == a) && !(seen == b)) ++torn;
             ++reads;
         }
     });
-    for (int i = 0; i < 200; ++i) (i % 2 ? a : b).save();
+    for (int i = 0; i < 200; ++i) ConfigStore().save(i % 2 ? a : b);
     while (reads.load() < 50) std::this_thread::yield();
     done = true;
     reader.join();
@@ -373,9 +375,9 @@ TEST_F(ConfigFile, TemplateTextByteForByte) {
 }
 
 TEST_F(ConfigFile, TemplateWrittenWhenMissingArmsEverything) {
-    EXPECT_TRUE(Config::writeTemplateIfMissing());
-    EXPECT_EQ(readAll(Config::path()), Config::templateText());
-    Config c = Config::load();
+    EXPECT_TRUE(ConfigStore().writeTemplateIfMissing());
+    EXPECT_EQ(readAll(ConfigStore::path()), Config::templateText());
+    Config c = ConfigStore().load();
     Config expected;
     expected.armAll = true;
     EXPECT_EQ(c, expected);
@@ -383,28 +385,28 @@ TEST_F(ConfigFile, TemplateWrittenWhenMissingArmsEverything) {
 }
 
 TEST_F(ConfigFile, TemplateLeavesAnExistingFileUntouched) {
-    writeRaw(Config::path(), "live = false\n");
-    EXPECT_FALSE(Config::writeTemplateIfMissing());
-    EXPECT_EQ(readAll(Config::path()), "live = false\n");
+    writeRaw(ConfigStore::path(), "live = false\n");
+    EXPECT_FALSE(ConfigStore().writeTemplateIfMissing());
+    EXPECT_EQ(readAll(ConfigStore::path()), "live = false\n");
 }
 
 TEST_F(ConfigFile, TemplateLeavesAnExistingEmptyFileUntouched) {
-    writeRaw(Config::path(), "");
-    EXPECT_FALSE(Config::writeTemplateIfMissing());
-    EXPECT_TRUE(fs::exists(Config::path()));
-    EXPECT_EQ(fs::file_size(Config::path()), 0u);
-    EXPECT_EQ(Config::load(), Config());
+    writeRaw(ConfigStore::path(), "");
+    EXPECT_FALSE(ConfigStore().writeTemplateIfMissing());
+    EXPECT_TRUE(fs::exists(ConfigStore::path()));
+    EXPECT_EQ(fs::file_size(ConfigStore::path()), 0u);
+    EXPECT_EQ(ConfigStore().load(), Config());
 }
 
 TEST_F(ConfigFile, TemplateWriteOnlyOnce) {
-    EXPECT_TRUE(Config::writeTemplateIfMissing());
-    EXPECT_FALSE(Config::writeTemplateIfMissing());
+    EXPECT_TRUE(ConfigStore().writeTemplateIfMissing());
+    EXPECT_FALSE(ConfigStore().writeTemplateIfMissing());
 }
 
 TEST_F(ConfigFile, TemplateReportsTrueEvenWhenItsWriteFails) {
-    writeRaw(fs::path(Config::directory()).parent_path().string(), "not a folder");
-    EXPECT_TRUE(Config::writeTemplateIfMissing());
-    EXPECT_FALSE(fs::exists(Config::path()));
+    writeRaw(fs::path(ConfigStore::directory()).parent_path().string(), "not a folder");
+    EXPECT_TRUE(ConfigStore().writeTemplateIfMissing());
+    EXPECT_FALSE(fs::exists(ConfigStore::path()));
 }
 
 // Identifiers that survive a round trip: non-empty, no comment sign or line break, no
@@ -445,10 +447,10 @@ TEST_F(ConfigFile, SaveThenLoadRoundTripsManyConfigs) {
     std::mt19937 rng(20240506);
     for (int i = 0; i < 300; ++i) {
         Config c = randomConfig(rng);
-        c.save();
+        ConfigStore().save(c);
         Config expected = c;
         if (expected.armAll) expected.armed.clear();
-        ASSERT_EQ(Config::load(), expected) << c.canonicalText();
+        ASSERT_EQ(ConfigStore().load(), expected) << c.canonicalText();
     }
 }
 

@@ -18,7 +18,6 @@
 #include <vector>
 
 #include "platform/MainQueue.h"
-#include "platform/Platform.h"
 #include "settings/Log.h"
 #include "tests/support/ThisExecutable.h"
 
@@ -138,32 +137,20 @@ TEST_F(LogTest, TimestampIsTheTimeOfTheCall) {
               (std::vector<std::string>{"10:00:00.001  first\n", "10:00:05.002  second\n"}));
 }
 
-TEST_F(LogTest, WithoutAnInjectedClockThePlatformClockIsUsed) {
-    TestClock clock(at(7, 8, 9, 10));
-    Clock* previous = platform().clock;
-    Platform p;
-    p.clock = &clock;
-    installPlatform(p, false);
-    log("platform time");
-    p.clock = previous;
-    installPlatform(p, false);
-    EXPECT_EQ(mirrored(), std::vector<std::string>{"07:08:09.010  platform time\n"});
-}
-
-TEST_F(LogTest, InjectedClockTakesPrecedenceOverThePlatformClock) {
+TEST_F(LogTest, ClearingAClockDropsOnlyTheClockItNames) {
     TestClock injected(at(1, 2, 3, 4));
+    TestClock other(at(5, 6, 7, 8));
     Log::shared().setClock(&injected);
+    Log::shared().clearClock(&other);
     log("x");
-    Log::shared().setClock(nullptr);
-    TestClock platformClock(at(5, 6, 7, 8));
-    Clock* previous = platform().clock;
-    Platform p;
-    p.clock = &platformClock;
-    installPlatform(p, false);
+    Log::shared().clearClock(&injected);
     log("y");
-    p.clock = previous;
-    installPlatform(p, false);
-    EXPECT_EQ(mirrored(), (std::vector<std::string>{"01:02:03.004  x\n", "05:06:07.008  y\n"}));
+    std::vector<std::string> lines = mirrored();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0], "01:02:03.004  x\n");
+    // Back on the system clock: a time of day, whatever it is now.
+    EXPECT_EQ(lines[1].size(), std::string("00:00:00.000  y\n").size());
+    EXPECT_EQ(lines[1].substr(12), "  y\n");
 }
 
 TEST_F(LogTest, DetailLineHasFourteenSpacesAndNoTimestamp) {

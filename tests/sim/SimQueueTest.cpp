@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "settings/Activity.h"
+#include "settings/Log.h"
 #include "sim/SimDesktop.h"
 
 namespace quelto::sim {
@@ -134,25 +136,44 @@ TEST(SimClock, MillisecondsOfVirtualTimesAreExact) {
     EXPECT_EQ(lt.millisecond, 0);
 }
 
-TEST(SimDesktopInstall, InstallsEveryInterfaceAndUninstallsOnDestruction) {
+TEST(SimDesktopContext, HandsOutItselfAsEveryService) {
+    SimDesktop desktop;
+    const EngineContext& engine = desktop.context();
+    EXPECT_EQ(&engine.accessibility, static_cast<Accessibility*>(&desktop));
+    EXPECT_EQ(&engine.workspace, static_cast<Workspace*>(&desktop));
+    EXPECT_EQ(&engine.mainQueue, static_cast<MainQueue*>(&desktop));
+    EXPECT_EQ(&engine.clock, static_cast<Clock*>(&desktop));
+    EXPECT_EQ(&engine.mouse, static_cast<MouseMonitor*>(&desktop));
+    EXPECT_EQ(engine.windowServer, static_cast<WindowServer*>(&desktop));
+    EXPECT_EQ(engine.loginItem, static_cast<LoginItem*>(&desktop));
+    EXPECT_EQ(engine.collation, nullptr);
+    EXPECT_EQ(&engine.config, &desktop.config());
+    EXPECT_EQ(&engine.journal, &Activity::shared());
+    const ShellContext& shell = desktop.shellContext();
+    EXPECT_EQ(&shell.clock, static_cast<Clock*>(&desktop));
+    EXPECT_EQ(shell.system, static_cast<SystemInfo*>(&desktop));
+    EXPECT_EQ(shell.http, static_cast<HttpClient*>(&desktop));
+    EXPECT_EQ(shell.alerts, static_cast<Alerts*>(&desktop));
+    EXPECT_EQ(shell.pasteboard, static_cast<Pasteboard*>(&desktop));
+    EXPECT_EQ(&shell.config, &desktop.config());
+}
+
+TEST(SimDesktopContext, TheLogGoesBackToTheSystemClockWhenTheDesktopGoes) {
+    std::vector<std::string> lines;
+    Log::shared().drain();
+    Log::shared().setMirror([&](const std::string& line) { lines.push_back(line); });
     {
-        SimDesktop desktop;
-        desktop.install();
-        Platform& p = platform();
-        EXPECT_EQ(p.accessibility, &desktop);
-        EXPECT_EQ(p.workspace, &desktop);
-        EXPECT_EQ(p.mainQueue, &desktop);
-        EXPECT_EQ(p.clock, &desktop);
-        EXPECT_EQ(p.mouse, &desktop);
-        EXPECT_EQ(p.system, &desktop);
-        EXPECT_EQ(p.loginItem, &desktop);
-        EXPECT_EQ(p.http, &desktop);
-        EXPECT_EQ(p.alerts, &desktop);
-        EXPECT_EQ(p.pasteboard, &desktop);
+        SimDesktop desktop(Date{1767225600.0 + 3 * 3600 + 25 * 60});
+        desktop.clockTheLog();
+        quelto::log("on the desktop");
+        Log::shared().drain();
     }
-    EXPECT_EQ(platform().accessibility, nullptr);
-    EXPECT_EQ(platform().mainQueue, nullptr);
-    EXPECT_EQ(platform().clock, &systemClock());
+    quelto::log("after it");
+    Log::shared().drain();
+    Log::shared().setMirror({});
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0], "03:25:00.000  on the desktop\n");
+    EXPECT_EQ(lines[1].substr(12), "  after it\n");
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/Platform.h"
 #include "sim/SimDesktop.h"
 #include "tests/sim/Specs.h"
 
@@ -76,10 +75,10 @@ TEST_F(SimWindowServer, ReadsAreCountedAndCostNoAccessibilityRead) {
     EXPECT_EQ(desktop.accessibilityReadCount(), 0u);
 }
 
-TEST_F(SimWindowServer, InstalledAsThePlatformsWindowServer) {
-    desktop.install();
-    ASSERT_EQ(platform().windowServer, &desktop);
-    EXPECT_EQ(platform().windowServer->windowList(WindowListScope::allSpaces).size(), 2u);
+TEST_F(SimWindowServer, HandedOutAsTheEnginesWindowServer) {
+    WindowServer* server = desktop.context().windowServer;
+    ASSERT_EQ(server, static_cast<WindowServer*>(&desktop));
+    EXPECT_EQ(server->windowList(WindowListScope::allSpaces).size(), 2u);
 }
 
 TEST_F(SimWindowServer, WindowAtIsTheFrontmostOnScreenWindowOfTheOrdinaryLayer) {

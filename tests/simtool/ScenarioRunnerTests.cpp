@@ -6,7 +6,6 @@
 
 #include <filesystem>
 
-#include "platform/Platform.h"
 #include "settings/Activity.h"
 #include "settings/Config.h"
 #include "simtool/RunReport.h"
@@ -150,14 +149,6 @@ TEST(ScenarioRunner, AppsThatAreNotRunningCannotBeUsed) {
     RunResult again = run("app TextEdit com.apple.TextEdit\nlaunch TextEdit\n");
     EXPECT_EQ(diagnostics(again),
               (std::vector<std::string>{"t.scn:2: error: TextEdit is already running (pid 101)"}));
-}
-
-TEST(ScenarioRunner, TheRunLeavesThePlatformAndTheJournalAsItFoundThem) {
-    run(oneClose);
-    EXPECT_EQ(platform().workspace, nullptr);
-    EXPECT_EQ(platform().accessibility, nullptr);
-    EXPECT_EQ(platform().mainQueue, nullptr);
-    EXPECT_NE(platform().clock, nullptr);
 }
 
 TEST(ScenarioRunner, HandEditsKeepTheRestOfTheFile) {

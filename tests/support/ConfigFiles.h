@@ -8,19 +8,20 @@
 #include <system_error>
 
 #include "settings/Config.h"
+#include "settings/ConfigStore.h"
 
 namespace quelto::test {
 
 // Replaces the file with exactly `text`, creating its folder.
 inline void writeConfig(const std::string& text) {
-    std::filesystem::create_directories(Config::directory());
-    std::ofstream out(Config::path(), std::ios::binary | std::ios::trunc);
+    std::filesystem::create_directories(ConfigStore::directory());
+    std::ofstream out(ConfigStore::path(), std::ios::binary | std::ios::trunc);
     out << text;
 }
 
 inline void removeConfig() {
     std::error_code ec;
-    std::filesystem::remove(Config::path(), ec);
+    std::filesystem::remove(ConfigStore::path(), ec);
 }
 
 // Any file's bytes; empty when there is none.
@@ -40,7 +41,7 @@ inline void writeFileBytes(const std::string& path, const std::string& bytes) {
 
 // The file's text; empty when there is none.
 inline std::string readConfig() {
-    return readFileBytes(Config::path());
+    return readFileBytes(ConfigStore::path());
 }
 
 }  // namespace quelto::test

@@ -27,7 +27,7 @@ class InfoTabsTest : public uitest::UiTest {
 
 TEST_F(InfoTabsTest, ActivityRowsShowTheJournalNewestFirst) {
     recordEntries(3);
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     auto rows = model.activityRows();
     ASSERT_EQ(rows.size(), 3u);
     EXPECT_EQ(model.activityRowCount(), 3u);
@@ -52,7 +52,7 @@ TEST_F(InfoTabsTest, ActivityColumns) {
 }
 
 TEST_F(InfoTabsTest, ActivityTableFollowsTheJournalLive) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     int reloads = 0;
     model.onChange = [&](MainWindowModel::Change c) {
         if (c == MainWindowModel::Change::activity) ++reloads;
@@ -65,7 +65,7 @@ TEST_F(InfoTabsTest, ActivityTableFollowsTheJournalLive) {
 TEST_F(InfoTabsTest, AClosedWindowNoLongerObservesTheJournal) {
     int reloads = 0;
     {
-        MainWindowModel model;
+        MainWindowModel model(desktop.shellContext());
         model.onChange = [&](MainWindowModel::Change) { ++reloads; };
     }
     recordEntries(1);
@@ -73,10 +73,10 @@ TEST_F(InfoTabsTest, AClosedWindowNoLongerObservesTheJournal) {
 }
 
 TEST_F(InfoTabsTest, EmptyJournal) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_EQ(model.activityRowCount(), 0u);
     EXPECT_TRUE(model.activityRows().empty());
-    const std::string text = MainWindowModel::diagnosticsText();
+    const std::string text = MainWindowModel::diagnosticsText(desktop.shellContext());
     const std::string tail = "\nRecent activity\n  (none)";
     ASSERT_GE(text.size(), tail.size());
     EXPECT_EQ(text.substr(text.size() - tail.size()), tail);
@@ -85,9 +85,9 @@ TEST_F(InfoTabsTest, EmptyJournal) {
 
 TEST_F(InfoTabsTest, FifteenEntriesTenInTheDiagnosticsAllInTheTable) {
     recordEntries(15);
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_EQ(model.activityRows().size(), 15u);
-    const std::string text = MainWindowModel::diagnosticsText();
+    const std::string text = MainWindowModel::diagnosticsText(desktop.shellContext());
     const std::string marker = "Recent activity\n";
     std::string recent = text.substr(text.find(marker) + marker.size());
     std::string expected;
@@ -111,7 +111,7 @@ TEST_F(InfoTabsTest, DiagnosticsTextExactly) {
         entry(Date{uitest::startSeconds}, "Mail", "red dot", "excluded — kept running", false));
     Activity::shared().record(
         entry(Date{uitest::startSeconds + 5}, "Preview", "red dot — after a dialog", "quit", true));
-    EXPECT_EQ(MainWindowModel::diagnosticsText(),
+    EXPECT_EQ(MainWindowModel::diagnosticsText(desktop.shellContext()),
               "Quelto 2.3.1         (build 87)\n"
               "macOS 14.4.1 · Apple Silicon\n"
               "Accessibility: granted\n"
@@ -133,7 +133,7 @@ TEST_F(InfoTabsTest, DiagnosticsWithMissingVersionsAndNoAccess) {
     desktop.setBundleInfo("CFBundleVersion", std::nullopt);
     desktop.setMachine("x86_64", {13, 6, 0});
     desktop.setTrusted(false);
-    EXPECT_EQ(MainWindowModel::diagnosticsText(),
+    EXPECT_EQ(MainWindowModel::diagnosticsText(desktop.shellContext()),
               "Quelto ?         (build ?)\n"
               "macOS 13.6.0 · x86_64\n"
               "Accessibility: NOT GRANTED\n"
@@ -151,15 +151,15 @@ TEST_F(InfoTabsTest, DiagnosticsWithMissingVersionsAndNoAccess) {
 
 TEST_F(InfoTabsTest, ArmAllWithArmedEntriesShowsOnlyTheStar) {
     writeConfig("arm = com.example.App\narm = *\n");
-    const std::string text = MainWindowModel::diagnosticsText();
+    const std::string text = MainWindowModel::diagnosticsText(desktop.shellContext());
     EXPECT_NE(text.find("\n  arm: *\n"), std::string::npos) << text;
     EXPECT_EQ(text.find("com.example.App"), std::string::npos) << text;
 }
 
 TEST_F(InfoTabsTest, CopyDiagnosticsPutsTheTextOnThePasteboardAndLogs) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     model.copyDiagnostics();
-    EXPECT_EQ(desktop.pasteboardText(), MainWindowModel::diagnosticsText());
+    EXPECT_EQ(desktop.pasteboardText(), MainWindowModel::diagnosticsText(desktop.shellContext()));
     EXPECT_EQ(takeLog(), (Lines{"diagnostics copied to the clipboard"}));
     EXPECT_NE(desktop.pasteboardText().back(), '\n');
 }
@@ -168,7 +168,7 @@ TEST_F(InfoTabsTest, HealthChecksAllPassing) {
     writeConfig("live = true\narm = *\n");
     desktop.setTrusted(true);
     desktop.setLoginItemStatus(LoginItem::Status::enabled);
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     const auto& checks = model.checkRows();
     ASSERT_EQ(checks.size(), 3u);
     EXPECT_EQ(checks[0], (MainWindowModel::HealthCheck{"Accessibility access granted",
@@ -186,7 +186,7 @@ TEST_F(InfoTabsTest, HealthChecksAllFailing) {
     writeConfig("live = false\n");
     desktop.setTrusted(false);
     desktop.setLoginItemStatus(LoginItem::Status::requiresApproval);
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     const auto& checks = model.checkRows();
     ASSERT_EQ(checks.size(), 3u);
     EXPECT_EQ(checks[0],
@@ -208,7 +208,7 @@ TEST_F(InfoTabsTest, HealthChecksAllFailing) {
 
 TEST_F(InfoTabsTest, AccessibilityRevokedShowsAtTheNextRefreshNotBefore) {
     desktop.setTrusted(true);
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_TRUE(model.checkRows()[0].passed);
     desktop.setTrusted(false);
     EXPECT_TRUE(model.checkRows()[0].passed);
@@ -247,7 +247,7 @@ TEST_F(InfoTabsTest, QuestionsAndAnswers) {
 TEST_F(InfoTabsTest, HelpTabRendersChecksButtonsAndLinks) {
     desktop.setTrusted(false);
     writeConfig("live = true\n");
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     const std::string text = renderTab(model, "help");
     EXPECT_EQ(text.rfind("Is Quelto working?\n", 0), 0u) << text;
     EXPECT_NE(text.find("✗ Accessibility access is missing\n    Quelto can do nothing at all"),
@@ -270,7 +270,7 @@ TEST_F(InfoTabsTest, AboutLines) {
     desktop.setBundleInfo("CFBundleShortVersionString", "1.4");
     desktop.setBundleInfo("CFBundleVersion", "12");
     desktop.setMachine("arm64", {15, 0, 1});
-    auto about = MainWindowModel::aboutLines();
+    auto about = MainWindowModel::aboutLines(desktop.shellContext());
     EXPECT_EQ(about.versionLine, "Version 1.4 (build 12)");
     EXPECT_EQ(about.tagline,
               "Quits an app when you close its last window, so nothing sits in the Dock doing "
@@ -284,16 +284,18 @@ TEST_F(InfoTabsTest, AboutLines) {
 
 TEST_F(InfoTabsTest, IntelMachineShowsItsRawName) {
     desktop.setMachine("x86_64", {13, 6, 1});
-    EXPECT_EQ(MainWindowModel::aboutLines().systemLine, "macOS 13.6.1 · x86_64");
-    EXPECT_NE(MainWindowModel::diagnosticsText().find("\nmacOS 13.6.1 · x86_64\n"),
-              std::string::npos);
+    EXPECT_EQ(MainWindowModel::aboutLines(desktop.shellContext()).systemLine,
+              "macOS 13.6.1 · x86_64");
+    EXPECT_NE(
+        MainWindowModel::diagnosticsText(desktop.shellContext()).find("\nmacOS 13.6.1 · x86_64\n"),
+        std::string::npos);
 }
 
 TEST_F(InfoTabsTest, AboutTabRendersEveryLine) {
     desktop.setBundleInfo("CFBundleShortVersionString", "1.4");
     desktop.setBundleInfo("CFBundleVersion", "12");
     desktop.setMachine("arm64", {14, 5, 0});
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_EQ(renderTab(model, "about"),
               "[AppIcon image]\n"
               "Quelto\n"
@@ -310,7 +312,7 @@ TEST_F(InfoTabsTest, AboutTabRendersEveryLine) {
 }
 
 TEST_F(InfoTabsTest, LinksOpenTheirAddresses) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     for (const char* action :
          {"emailSupport", "openHelpPage", "openSite", "openTerms", "openPrivacy"})
         EXPECT_TRUE(model.perform(action)) << action;
@@ -322,7 +324,7 @@ TEST_F(InfoTabsTest, LinksOpenTheirAddresses) {
 }
 
 TEST_F(InfoTabsTest, LinksThatDoNotParseDoNothing) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_FALSE(model.openExternally(""));
     EXPECT_FALSE(model.openExternally("not a url"));
     EXPECT_FALSE(model.openExternally("https://example.com/%zz"));
@@ -332,15 +334,16 @@ TEST_F(InfoTabsTest, LinksThatDoNotParseDoNothing) {
 }
 
 TEST_F(InfoTabsTest, RevealShowsTheFilesInTheFinder) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_TRUE(model.perform("revealLog"));
     EXPECT_TRUE(model.perform("revealConfig"));
-    EXPECT_EQ(desktop.revealedFiles(), (std::vector<std::string>{Log::path(), Config::path()}));
+    EXPECT_EQ(desktop.revealedFiles(),
+              (std::vector<std::string>{Log::path(), ConfigStore::path()}));
 }
 
 TEST_F(InfoTabsTest, OpenAccessibilityPromptsAndOpensThePane) {
     desktop.setTrusted(false);
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_TRUE(model.perform("openAccessibility"));
     EXPECT_EQ(desktop.trustPromptCount(), 1);
     EXPECT_EQ(
@@ -350,14 +353,14 @@ TEST_F(InfoTabsTest, OpenAccessibilityPromptsAndOpensThePane) {
 }
 
 TEST_F(InfoTabsTest, UnknownActionsAreRefused) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_FALSE(model.perform("deleteEverything"));
     EXPECT_FALSE(model.perform(""));
 }
 
 TEST_F(InfoTabsTest, ActivityTabRendersItsRows) {
     recordEntries(1);
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_EQ(renderTab(model, "activity"),
               "  Time      Application       Closed by                 Result\n"
               "  10:00:07  App0              red dot                   quit\n");

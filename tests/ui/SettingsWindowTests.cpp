@@ -49,7 +49,7 @@ TEST_F(SettingsWindowTest, FrameAndTabs) {
 }
 
 TEST_F(SettingsWindowTest, SelectIgnoresUnknownTabs) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_EQ(model.selectedTab(), "general");
     model.select("help");
     EXPECT_EQ(model.selectedTab(), "help");
@@ -60,7 +60,7 @@ TEST_F(SettingsWindowTest, SelectIgnoresUnknownTabs) {
 
 TEST_F(SettingsWindowTest, RefreshSetsEveryGeneralControl) {
     writeConfig("live = true\nmode = red-dot\nescape = none\narm = *\n");
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     MainWindowModel::GeneralState g = model.general();
     EXPECT_TRUE(g.liveOn);
     EXPECT_EQ(g.statusLabel, "Quelto is active");
@@ -88,7 +88,7 @@ TEST_F(SettingsWindowTest, RefreshSetsEveryGeneralControl) {
 
 TEST_F(SettingsWindowTest, RunningBuiltInAppIsCheckedDisabledAndAlwaysProtected) {
     desktop.addApp(app(10, "com.apple.finder", "Finder"));
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     const Row* finder = row(model, "com.apple.finder");
     ASSERT_NE(finder, nullptr);
     EXPECT_TRUE(finder->builtIn);
@@ -104,7 +104,7 @@ TEST_F(SettingsWindowTest, RunningBuiltInAppIsCheckedDisabledAndAlwaysProtected)
 TEST_F(SettingsWindowTest, BuiltInAppAlsoExcludedStaysEnabledSoTheUserCanRemoveIt) {
     writeConfig("exclude = com.apple.finder\n");
     desktop.addApp(app(10, "com.apple.finder", "Finder"));
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     const Row* finder = row(model, "com.apple.finder");
     ASSERT_NE(finder, nullptr);
     auto box = MainWindowModel::excludeBox(*finder);
@@ -113,7 +113,7 @@ TEST_F(SettingsWindowTest, BuiltInAppAlsoExcludedStaysEnabledSoTheUserCanRemoveI
     EXPECT_EQ(box.toolTip, "Always protected");
 
     model.toggleExclusion("com.apple.finder", false);
-    EXPECT_TRUE(Config::load().excluded.empty());
+    EXPECT_TRUE(ConfigStore().load().excluded.empty());
     // The box shows what the user clicked, and stays clickable, until the table reloads…
     box = MainWindowModel::excludeBox(*row(model, "com.apple.finder"));
     EXPECT_FALSE(box.checked);
@@ -128,7 +128,7 @@ TEST_F(SettingsWindowTest, BuiltInAppAlsoExcludedStaysEnabledSoTheUserCanRemoveI
 
 TEST_F(SettingsWindowTest, ClickedBoxKeepsTheUsersStateUntilTheNextReload) {
     desktop.addApp(app(10, "com.apple.Safari", "Safari"));
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     model.toggleExclusion("com.apple.Safari", true);
     auto box = MainWindowModel::excludeBox(*row(model, "com.apple.Safari"));
     EXPECT_TRUE(box.checked);
@@ -143,7 +143,7 @@ TEST_F(SettingsWindowTest, ClickedBoxKeepsTheUsersStateUntilTheNextReload) {
 
 TEST_F(SettingsWindowTest, OrdinaryRowsAreUncheckedEnabledWithoutTooltip) {
     desktop.addApp(app(10, "com.apple.Safari", "Safari"));
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     auto box = MainWindowModel::excludeBox(*row(model, "com.apple.Safari"));
     EXPECT_FALSE(box.checked);
     EXPECT_TRUE(box.enabled);
@@ -159,7 +159,7 @@ TEST_F(SettingsWindowTest, ExcludedAppNotRunningComesAfterRunningAppsInSecondary
     desktop.installApplication("/System/Applications/Notes.app", "com.apple.Notes", "Notes.app");
     desktop.addApp(app(10, "com.apple.Safari", "Safari"));
     desktop.addApp(app(11, "com.apple.TextEdit", "TextEdit"));
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_EQ(names(model),
               (std::vector<std::string>{"Safari", "TextEdit", "com.example.Gone", "Notes"}));
     const Row* notes = row(model, "com.apple.Notes");
@@ -177,7 +177,7 @@ TEST_F(SettingsWindowTest, ExcludedAppNotRunningComesAfterRunningAppsInSecondary
 TEST_F(SettingsWindowTest, TwoInstancesOfOneAppGiveOneRow) {
     desktop.addApp(app(10, "com.example.Editor", "Editor"));
     desktop.addApp(app(11, "com.example.Editor", "Editor"));
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_EQ(names(model), (std::vector<std::string>{"Editor"}));
 }
 
@@ -186,7 +186,7 @@ TEST_F(SettingsWindowTest, ListsOnlyRegularAppsWithABundleIDOtherThanItself) {
     desktop.addApp(app(10, "com.example.Agent", "Agent", ActivationPolicy::accessory));
     desktop.addApp(app(11, std::nullopt, "Tool"));
     desktop.addApp(app(12, "com.example.Named", std::nullopt));
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_EQ(names(model), (std::vector<std::string>{"com.example.Named"}));
 }
 
@@ -194,7 +194,7 @@ TEST_F(SettingsWindowTest, OwnIdentifierComesFromTheBundleFirst) {
     desktop.setBundleInfo("CFBundleIdentifier", "com.example.QueltoDev");
     desktop.addApp(app(10, build::bundleID, "Release Quelto"));
     desktop.addApp(app(11, "com.example.QueltoDev", "Quelto"));
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_EQ(names(model), (std::vector<std::string>{"Release Quelto"}));
 }
 
@@ -203,7 +203,7 @@ TEST_F(SettingsWindowTest, RowsSortByNameIgnoringCaseRunningFirst) {
     desktop.addApp(app(10, "com.example.g", "gamma"));
     desktop.addApp(app(11, "com.example.B", "Beta"));
     desktop.addApp(app(12, "com.example.al", "alpha"));
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_EQ(names(model), (std::vector<std::string>{"alpha", "Beta", "gamma", "com.example.a"}));
 }
 
@@ -219,18 +219,18 @@ TEST_F(SettingsWindowTest, RowsSortAsTheMacDoesAccentsCaseAndScripts) {
     desktop.addApp(app(16, "com.example.edit", "edit"));
     desktop.addApp(app(17, "com.example.app10", "App 10"));
     desktop.addApp(app(18, "com.example.app9", "App 9"));
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_EQ(names(model), (std::vector<std::string>{"Äpfel", "App 9", "App 10", "apple", "Éclair",
                                                       "edit", "Zed", "ελιά", "Жук", "Ούζο"}));
 }
 
 TEST_F(SettingsWindowTest, BuiltInAppsNotRunningAndNotExcludedAreNotListed) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_TRUE(model.appRows().empty());
 }
 
 TEST_F(SettingsWindowTest, ListChangesOnlyOnRefresh) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     desktop.addApp(app(10, "com.apple.Safari", "Safari"));
     EXPECT_TRUE(model.appRows().empty());
     model.refresh();
@@ -239,19 +239,19 @@ TEST_F(SettingsWindowTest, ListChangesOnlyOnRefresh) {
 
 TEST_F(SettingsWindowTest, ToggleExclusionSavesUpdatesTheRowAndPosts) {
     desktop.addApp(app(10, "com.apple.Safari", "Safari"));
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     std::vector<MainWindowModel::Change> changes;
     model.onChange = [&](MainWindowModel::Change c) { changes.push_back(c); };
 
     model.toggleExclusion("com.apple.Safari", true);
-    EXPECT_EQ(Config::load().excluded, (std::set<std::string>{"com.apple.Safari"}));
+    EXPECT_EQ(ConfigStore().load().excluded, (std::set<std::string>{"com.apple.Safari"}));
     EXPECT_TRUE(row(model, "com.apple.Safari")->excluded);
     EXPECT_EQ(configChangedPosts, 1);
     EXPECT_EQ(changes, (std::vector<MainWindowModel::Change>{MainWindowModel::Change::appRow}));
     EXPECT_TRUE(takeLog().empty());
 
     model.toggleExclusion("com.apple.Safari", false);
-    EXPECT_TRUE(Config::load().excluded.empty());
+    EXPECT_TRUE(ConfigStore().load().excluded.empty());
     EXPECT_FALSE(row(model, "com.apple.Safari")->excluded);
     EXPECT_EQ(configChangedPosts, 2);
 
@@ -263,13 +263,13 @@ TEST_F(SettingsWindowTest, AddingThreeAppsOneUnreadable) {
     desktop.installApplication("/Applications/Zeta.app", "com.example.Zeta", "Zeta.app");
     desktop.installApplication("/Applications/Broken.app", std::nullopt, "Broken.app");
     desktop.installApplication("/Applications/Alpha.app", "com.example.Alpha", "Alpha.app");
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     model.addAppClicked();
     model.addApp({"/Applications/Zeta.app", "/Applications/Broken.app", "/Applications/Alpha.app"});
     EXPECT_EQ(takeLog(),
               (Lines{"Add App… clicked", "could not read a bundle identifier from Broken.app",
                      "will never quit: Zeta, Alpha"}));
-    EXPECT_EQ(Config::load().excluded,
+    EXPECT_EQ(ConfigStore().load().excluded,
               (std::set<std::string>{"com.example.Alpha", "com.example.Zeta"}));
     EXPECT_EQ(configChangedPosts, 1);
     // Refreshed: the new exclusions are listed.
@@ -278,7 +278,7 @@ TEST_F(SettingsWindowTest, AddingThreeAppsOneUnreadable) {
 
 TEST_F(SettingsWindowTest, AddingOnlyUnreadableAppsSavesNothing) {
     writeConfig("live = true\n# my comment\n");
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     model.addApp({"/Applications/Nothing.app/"});
     model.addApp({});
     EXPECT_EQ(takeLog(), (Lines{"could not read a bundle identifier from Nothing.app"}));
@@ -301,12 +301,12 @@ TEST_F(SettingsWindowTest, OpenPanelDescription) {
 
 TEST_F(SettingsWindowTest, ChangingTheModePostsNothingButTheSwitchDoes) {
     writeConfig("live = true\narm = *\n");
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     model.changeQuitMode(1);
-    EXPECT_EQ(Config::load().mode, Config::Mode::redDot);
+    EXPECT_EQ(ConfigStore().load().mode, Config::Mode::redDot);
     EXPECT_EQ(configChangedPosts, 0);
     model.changeQuitMode(0);
-    EXPECT_EQ(Config::load().mode, Config::Mode::lastWindow);
+    EXPECT_EQ(ConfigStore().load().mode, Config::Mode::lastWindow);
     EXPECT_EQ(configChangedPosts, 0);
 
     int refreshes = 0;
@@ -314,7 +314,7 @@ TEST_F(SettingsWindowTest, ChangingTheModePostsNothingButTheSwitchDoes) {
         if (c == MainWindowModel::Change::all) ++refreshes;
     };
     model.toggleLive(false);
-    EXPECT_FALSE(Config::load().live);
+    EXPECT_FALSE(ConfigStore().load().live);
     EXPECT_EQ(configChangedPosts, 1);
     EXPECT_EQ(refreshes, 1);
     EXPECT_EQ(model.general().statusLabel, "Quelto is paused");
@@ -322,23 +322,23 @@ TEST_F(SettingsWindowTest, ChangingTheModePostsNothingButTheSwitchDoes) {
 }
 
 TEST_F(SettingsWindowTest, ChangeEscapeTakesOnlyTheThreePositions) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     model.changeEscape(1);
-    EXPECT_EQ(Config::load().escape, Config::Escape::option);
+    EXPECT_EQ(ConfigStore().load().escape, Config::Escape::option);
     model.changeEscape(2);
-    EXPECT_EQ(Config::load().escape, Config::Escape::none);
+    EXPECT_EQ(ConfigStore().load().escape, Config::Escape::none);
     const std::string before = uitest::readConfig();
     model.changeEscape(-1);
     model.changeEscape(3);
     EXPECT_EQ(uitest::readConfig(), before);
     model.changeEscape(0);
-    EXPECT_EQ(Config::load().escape, Config::Escape::shift);
+    EXPECT_EQ(ConfigStore().load().escape, Config::Escape::shift);
     EXPECT_EQ(configChangedPosts, 0);
     EXPECT_TRUE(takeLog().empty());
 }
 
 TEST_F(SettingsWindowTest, LoginBoxRegistersAndShowsTheRealStatus) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     model.toggleLoginItem(true);
     EXPECT_EQ(takeLog(), (Lines{"will start at login"}));
     EXPECT_TRUE(model.general().loginChecked);
@@ -348,7 +348,7 @@ TEST_F(SettingsWindowTest, LoginBoxRegistersAndShowsTheRealStatus) {
 }
 
 TEST_F(SettingsWindowTest, LoginBoxFailureAlertsAndPutsTheBoxBack) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     desktop.setLoginItemError("Access denied");
     model.toggleLoginItem(true);
     EXPECT_EQ(takeLog(), (Lines{"could not change the login item: Access denied"}));
@@ -364,7 +364,7 @@ TEST_F(SettingsWindowTest, LoginBoxFailureAlertsAndPutsTheBoxBack) {
 
 TEST_F(SettingsWindowTest, GeneralTabRendersItsControls) {
     writeConfig("live = true\nmode = red-dot\narm = *\n");
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_EQ(renderTab(model, "general"),
               "[AppIcon image]\n"
               "Quelto\n"
@@ -395,7 +395,7 @@ TEST_F(SettingsWindowTest, AppsTabRendersTheTable) {
     writeConfig("exclude = com.example.Gone\n");
     desktop.addApp(app(10, "com.apple.finder", "Finder"));
     desktop.addApp(app(11, "com.apple.Safari", "Safari"));
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     std::string text = renderTab(model, "apps");
     EXPECT_NE(text.find("Apps Quelto will never quit\n"), std::string::npos) << text;
     EXPECT_NE(text.find("  Finder                            [✓] (disabled) «Always protected»  "
@@ -415,7 +415,7 @@ TEST_F(SettingsWindowTest, AppsTabRendersTheTable) {
 }
 
 TEST_F(SettingsWindowTest, WindowRenderingMarksTheSelectedTab) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     model.select("about");
     std::string text = renderWindow(model);
     EXPECT_EQ(text.rfind("Window “Quelto” 580 × 560\nGeneral  Apps  Activity  Help  [About]\n", 0),
@@ -469,7 +469,7 @@ TEST_F(SettingsWindowTest, EveryControlAndImageWithoutATitleHasAnAccessibilityLa
 }
 
 TEST_F(SettingsWindowTest, ContentNamesTheControlsAndTheirActions) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     TabContent general = model.content("general");
     EXPECT_EQ(general.identifier, "general");
     EXPECT_EQ(general.label, "General");
@@ -491,7 +491,7 @@ TEST_F(SettingsWindowTest, ContentNamesTheControlsAndTheirActions) {
 }
 
 TEST_F(SettingsWindowTest, TablesFillTheirTabsWithoutAnOuterScroller) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     EXPECT_FALSE(model.content("apps").scrollable);
     EXPECT_FALSE(model.content("activity").scrollable);
     EXPECT_TRUE(model.content("general").scrollable);
@@ -501,7 +501,7 @@ TEST_F(SettingsWindowTest, TablesFillTheirTabsWithoutAnOuterScroller) {
 }
 
 TEST_F(SettingsWindowTest, AboutTabGroupsHaveLargerGapsBetweenThem) {
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     TabContent about = model.content("about");
     EXPECT_EQ(about.spacing, 6);
     std::vector<double> gaps;

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "platform/NotificationCenter.h"
-#include "platform/Platform.h"
 #include "settings/Activity.h"
 #include "settings/ActivityTestSeam.h"
 #include "settings/Config.h"
@@ -82,7 +81,7 @@ class UiTest : public ::testing::Test {
         : sim_(std::make_unique<sim::SimDesktop>(Date{startSeconds}, utcOffset)), desktop(*sim_) {}
 
     void SetUp() override {
-        desktop.install();
+        desktop.clockTheLog();
         desktop.setOwnPid(ownPid);
         ActivityTestSeam::startEmpty();
         removeConfig();
@@ -98,7 +97,6 @@ class UiTest : public ::testing::Test {
         ActivityTestSeam::startEmpty();
         removeConfig();
         sim_.reset();
-        installPlatform(Platform{});
     }
 
     Lines takeLog() { return LogLines::shared().take(); }

@@ -24,7 +24,7 @@ class UnreadableConfigCheckTest : public uitest::UiTest {
   protected:
     void TearDown() override {
         std::error_code ec;
-        for (auto& e : std::filesystem::directory_iterator(Config::directory(), ec))
+        for (auto& e : std::filesystem::directory_iterator(ConfigStore::directory(), ec))
             if (e.path().filename().string().rfind("config.txt.unreadable-", 0) == 0)
                 std::filesystem::remove_all(e.path(), ec);
         uitest::UiTest::TearDown();
@@ -34,7 +34,7 @@ class UnreadableConfigCheckTest : public uitest::UiTest {
 TEST_F(UnreadableConfigCheckTest, TheMasterSwitchCheckSaysTheFileCannotBeRead) {
     writeConfig("# R\xE9glages\nlive = true\narm = *\n");
     desktop.setTrusted(true);
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     ASSERT_EQ(model.checkRows().size(), 3u);
     EXPECT_EQ(model.checkRows()[1], unreadableCheck);
     EXPECT_TRUE(model.checkRows()[0].passed);
@@ -42,10 +42,11 @@ TEST_F(UnreadableConfigCheckTest, TheMasterSwitchCheckSaysTheFileCannotBeRead) {
 
 TEST_F(UnreadableConfigCheckTest, AfterTheSwitchIsSavedTheCheckReportsTheSwitchAgain) {
     writeConfig("# R\xE9glages\nlive = true\narm = *\n");
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     model.toggleLive(false);
-    EXPECT_EQ(takeLog(), (Lines{"config.txt is not valid UTF-8 — moved it aside to " +
-                                Config::path() + ".unreadable-20260101-010000 before saving"}));
+    EXPECT_EQ(takeLog(),
+              (Lines{"config.txt is not valid UTF-8 — moved it aside to " + ConfigStore::path() +
+                     ".unreadable-20260101-010000 before saving"}));
     EXPECT_EQ(model.checkRows()[1].title, "Quelto is switched off");
 }
 

@@ -12,7 +12,6 @@
 
 #include "LoopbackServer.h"
 #include "UpdateTestSupport.h"
-#include "platform/Platform.h"
 #include "platform/linux/BlockingMainQueue.h"
 #include "platform/linux/ConsoleWorkspace.h"
 #include "platform/linux/CurlHttpClient.h"
@@ -52,21 +51,10 @@ class ShortTimeout final : public HttpClient {
 class UpdateCheckerNetwork : public ::testing::Test {
   protected:
     void SetUp() override {
-        saved_ = platform();
         system.set("CFBundleShortVersionString", "1.1");
         system.set("CFBundleVersion", "41");
-        Platform p;
-        p.http = &held;
-        p.mainQueue = &queue;
-        p.alerts = &alerts;
-        p.workspace = &workspace;
-        p.system = &system;
-        installPlatform(p);
     }
-    void TearDown() override {
-        UpdateChecker::setSite(std::nullopt);
-        installPlatform(saved_);
-    }
+    void TearDown() override { UpdateChecker::setSite(std::nullopt); }
 
     void useSite(const std::string& url) {
         UpdateChecker::setSite(UpdateChecker::Site{url, "loopback.test"});
@@ -74,7 +62,7 @@ class UpdateCheckerNetwork : public ::testing::Test {
 
     // Runs a check to its end: the reply, the alert and what the answer does.
     void checkAndWait(UpdateButton* from = nullptr) {
-        UpdateChecker::check(from);
+        UpdateChecker::check(context, from);
         ASSERT_TRUE(queue.run(60));
     }
 
@@ -94,9 +82,12 @@ class UpdateCheckerNetwork : public ::testing::Test {
     std::ostringstream console;
     ConsoleWorkspace workspace{console};
     FixedSystemInfo system;
-
-  private:
-    Platform saved_;
+    // What the checks are handed: the real HTTP client, the console's workspace.
+    UpdateContext context{.mainQueue = queue,
+                          .workspace = workspace,
+                          .system = &system,
+                          .http = &held,
+                          .alerts = &alerts};
 };
 
 const char* const kOffer =

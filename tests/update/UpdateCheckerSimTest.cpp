@@ -9,7 +9,6 @@
 
 #include "UpdateTestSupport.h"
 #include "platform/BuildSettings.h"
-#include "platform/Platform.h"
 #include "sim/SimDesktop.h"
 #include "update/UpdateChecker.h"
 
@@ -58,8 +57,7 @@ class RecordingHttp final : public HttpClient {
 class UpdateCheckerSim : public ::testing::Test {
   protected:
     void SetUp() override {
-        desktop.install();
-        installPlatform(Platform{.http = &http}, false);
+        desktop.clockTheLog();
         UpdateChecker::setSite(std::nullopt);
         desktop.setBundleInfo("CFBundleShortVersionString", "1.1");
         desktop.setBundleInfo("CFBundleVersion", "41");
@@ -68,8 +66,15 @@ class UpdateCheckerSim : public ::testing::Test {
 
     // One check, its reply delivered and its alert answered.
     void checkAndFinish(UpdateButton* from = nullptr) {
-        UpdateChecker::check(from);
+        UpdateChecker::check(context(), from);
         desktop.advance(1);
+    }
+
+    // The desktop's services, with the recording client in front of its HTTP.
+    UpdateContext context() {
+        UpdateContext c = desktop.shellContext().updateContext();
+        c.http = &http;
+        return c;
     }
 
     LogCapture logged;
@@ -113,7 +118,7 @@ TEST_F(UpdateCheckerSim, TheAlertRunsFromTheRunLoopNotInsideTheMainQueueBlock) {
     desktop.holdNextAlert(30);
     bool ranUnderTheAlert = false;
     desktop.asyncAfter(5, [&] { ranUnderTheAlert = desktop.isAlertOnScreen(); });
-    UpdateChecker::check(nullptr);
+    UpdateChecker::check(context(), nullptr);
     desktop.advance(40);
     EXPECT_TRUE(ranUnderTheAlert);
     EXPECT_FALSE(desktop.isAlertOnScreen());
@@ -292,7 +297,7 @@ TEST_F(UpdateCheckerSim, RequestAsksForJsonWithTwentySecondsIgnoringTheCache) {
 TEST_F(UpdateCheckerSim, NothingIsShownBeforeTheMainQueueRuns) {
     desktop.setHttpReply(kEndpoint, ok(offer("42")));
     RecordingButton button;
-    UpdateChecker::check(&button);
+    UpdateChecker::check(context(), &button);
     EXPECT_FALSE(button.enabled());
     EXPECT_TRUE(desktop.shownAlerts().empty());
     desktop.advance(1);
@@ -330,7 +335,7 @@ TEST_F(UpdateCheckerSim, InvalidSiteAddressStopsSilentlyAndEnablesTheButton) {
 TEST_F(UpdateCheckerSim, ButtonGoneDuringTheCheckIsLeftAlone) {
     desktop.setHttpReply(kEndpoint, ok(offer("42")));
     auto button = std::make_unique<RecordingButton>();
-    UpdateChecker::check(button.get());
+    UpdateChecker::check(context(), button.get());
     button.reset();  // the settings window closed while the check was in flight
     desktop.advance(1);
     EXPECT_EQ(desktop.shownAlerts().size(), 1u);
@@ -340,8 +345,8 @@ TEST_F(UpdateCheckerSim, TwoChecksFromTheMenusShowTwoAlerts) {
     desktop.setHttpReply(kEndpoint, ok(offer("42")));
     desktop.queueAlertAnswer(Alerts::secondButtonReturn);
     desktop.queueAlertAnswer(Alerts::secondButtonReturn);
-    UpdateChecker::check(nullptr);
-    UpdateChecker::check(nullptr);
+    UpdateChecker::check(context(), nullptr);
+    UpdateChecker::check(context(), nullptr);
     desktop.advance(1);
     EXPECT_EQ(desktop.shownAlerts().size(), 2u);
     EXPECT_EQ(http.sent.size(), 2u);

@@ -1,0 +1,24 @@
+#include "engine/AppTracker.h"
+
+namespace quelto {
+
+std::shared_ptr<AppWatcher> AppTracker::watcherOf(Pid pid) const {
+    auto found = tracked_.find(pid);
+    return found == tracked_.end() ? nullptr : found->second.watcher;
+}
+
+std::shared_ptr<AppWatcher> AppTracker::attach(const RunningApplicationRef& app,
+                                               DestroyedWindowSink& engine,
+                                               const WatcherContext& context) {
+    std::shared_ptr<AppWatcher> watcher = AppWatcher::create(app, engine, context);
+    if (!watcher) return nullptr;
+    tracked_.insert_or_assign(app->processIdentifier(), Tracked{watcher, app});
+    return watcher;
+}
+
+bool AppTracker::watchesDeadProcess(Pid pid) const {
+    auto found = tracked_.find(pid);
+    return found != tracked_.end() && found->second.process->isTerminated();
+}
+
+}  // namespace quelto

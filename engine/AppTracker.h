@@ -1,0 +1,54 @@
+#pragma once
+// The applications the engine follows. Owns one watcher per tracked process id together with
+// the running process it was made for, the two always in step: a watcher enters and leaves
+// with its process. A process id may be reused by a new process; `watchesDeadProcess` tells
+// a watcher left over from the earlier one.
+
+#include <map>
+#include <memory>
+
+#include "accessibility/AppWatcher.h"
+#include "platform/Types.h"
+#include "platform/Workspace.h"
+
+namespace quelto {
+
+class AppTracker {
+  public:
+    // The watcher tracked under `pid`, or nullptr.
+    std::shared_ptr<AppWatcher> watcherOf(Pid pid) const;
+    bool isTracked(Pid pid) const { return tracked_.count(pid) != 0; }
+
+    // Makes a watcher for `app` and tracks it under its process id; nullptr (and nothing
+    // tracked) when the watcher cannot be made. The process id must not be tracked yet.
+    std::shared_ptr<AppWatcher> attach(const RunningApplicationRef& app,
+                                       DestroyedWindowSink& engine, const WatcherContext& context);
+
+    // Stops tracking `pid`, releasing its watcher.
+    void forget(Pid pid) { tracked_.erase(pid); }
+
+    // Whether the watcher under `pid` was made for a process that has since terminated.
+    bool watchesDeadProcess(Pid pid) const;
+
+    // The first tracked watcher, in process-id order, for which `test` gives a value; the
+    // value, or none. Runs for every click: no allocation, no copy.
+    template <typename Test>
+    auto firstOf(Test&& test) const
+        -> decltype(test(std::declval<const std::shared_ptr<AppWatcher>&>())) {
+        for (const auto& [pid, entry] : tracked_)
+            if (auto found = test(entry.watcher)) return found;
+        return {};
+    }
+
+    std::size_t size() const { return tracked_.size(); }
+    bool empty() const { return tracked_.empty(); }
+
+  private:
+    struct Tracked {
+        std::shared_ptr<AppWatcher> watcher;
+        RunningApplicationRef process;
+    };
+    std::map<Pid, Tracked> tracked_;
+};
+
+}  // namespace quelto
