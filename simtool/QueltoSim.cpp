@@ -9,7 +9,6 @@
 
 #include "settings/HomeDirectory.h"
 #include "simtool/BuiltinSession.h"
-#include "simtool/CheckUpdatesCommand.h"
 #include "simtool/PrivateHome.h"
 #include "simtool/RunReport.h"
 #include "simtool/ScenarioParser.h"
@@ -132,10 +131,6 @@ std::string commandsText() {
 }
 
 int runQueltoSim(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
-    if (!args.empty() && args.front() == "check-updates") {
-        std::vector<std::string> rest(args.begin() + 1, args.end());
-        return runCheckUpdates(rest, out, err);
-    }
     Options options;
     for (std::size_t i = 0; i < args.size(); ++i) {
         const std::string& a = args[i];
