@@ -123,6 +123,8 @@ std::string commandsText() {
         "expect icon active|paused         expect [not] tooltip \"TEXT\"",
         "expect [no] settings [tab TAB] \"TEXT\"",
         "expect [no] pasteboard \"TEXT\"     expect [no] alert \"TEXT\"     expect [no] dock-icon",
+        // One entry, wrapped.
+        // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
         "expect [no] opened \"TEXT\"         a link opened, a file revealed or an Accessibility "
         "prompt",
     };
