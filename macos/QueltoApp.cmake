@@ -10,22 +10,24 @@ set(QUELTO_SIGN_IDENTITY "Quelto Local Signing" CACHE STRING
     "The code-signing identity for local builds; ad hoc when the keychain does not have it")
 
 # ---- The real platform behind the seam ----
-file(GLOB QUELTO_MACOS_SOURCES CONFIGURE_DEPENDS
-    ${CMAKE_SOURCE_DIR}/platform/macos/*.cpp ${CMAKE_SOURCE_DIR}/platform/macos/*.mm)
-add_library(quelto_macos STATIC ${QUELTO_MACOS_SOURCES})
-target_link_libraries(quelto_macos PUBLIC quelto_core
+# An area like the others (cmake/QueltoAreas.cmake): it sees the seam's headers and its own.
+file(GLOB QUELTO_MACOS_OBJC_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/platform/macos/*.mm)
+quelto_area(macos FOLDER platform/macos USES platform SOURCES ${QUELTO_MACOS_OBJC_SOURCES})
+target_link_libraries(quelto_macos PUBLIC
     "-framework AppKit" "-framework ApplicationServices" "-framework CoreGraphics"
     "-framework ServiceManagement")
-target_compile_options(quelto_macos PRIVATE ${QUELTO_WARNINGS} ${QUELTO_OBJCXX_OPTIONS})
+target_compile_options(quelto_macos PRIVATE ${QUELTO_OBJCXX_OPTIONS})
 
 # ---- The AppKit shells (everything of the app but its entry point; the macOS tests use them)
+# They sit on top: they see the whole core and the real platform.
 file(GLOB QUELTO_SHELL_SOURCES CONFIGURE_DEPENDS
     ${CMAKE_SOURCE_DIR}/app/*.mm ${CMAKE_SOURCE_DIR}/ui/*.mm)
 list(FILTER QUELTO_SHELL_SOURCES EXCLUDE REGEX "/app/main\\.mm$")
 if(QUELTO_SHELL_SOURCES)
     add_library(quelto_shell STATIC ${QUELTO_SHELL_SOURCES})
-    target_link_libraries(quelto_shell PUBLIC quelto_macos "-framework UniformTypeIdentifiers")
-    target_compile_options(quelto_shell PRIVATE ${QUELTO_WARNINGS} ${QUELTO_OBJCXX_OPTIONS})
+    quelto_link_areas(quelto_shell app macos)
+    target_link_libraries(quelto_shell PUBLIC "-framework UniformTypeIdentifiers")
+    target_compile_options(quelto_shell PRIVATE ${QUELTO_OBJCXX_OPTIONS})
 endif()
 
 # ---- Quelto.app ----
@@ -40,8 +42,8 @@ if(EXISTS ${CMAKE_SOURCE_DIR}/app/main.mm)
         MACOSX_PACKAGE_LOCATION Resources)
 
     add_executable(Quelto MACOSX_BUNDLE ${CMAKE_SOURCE_DIR}/app/main.mm ${QUELTO_APP_RESOURCES})
-    target_link_libraries(Quelto PRIVATE quelto_shell)
-    target_compile_options(Quelto PRIVATE ${QUELTO_WARNINGS} ${QUELTO_OBJCXX_OPTIONS})
+    quelto_link_areas(Quelto shell)
+    target_compile_options(Quelto PRIVATE ${QUELTO_OBJCXX_OPTIONS})
 
     set(QUELTO_APP_EXECUTABLE Quelto)
     configure_file(${CMAKE_SOURCE_DIR}/macos/Info.plist.in

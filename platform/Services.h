@@ -66,7 +66,7 @@ class HttpClient {
   public:
     // The longest body a client reads: 1 MB. No reply Quelto asks for comes near it, and a
     // hostile or broken server cannot make it hold more.
-    static constexpr std::size_t maxBodyBytes = 1024 * 1024;
+    static constexpr std::size_t maxBodyBytes = std::size_t{1024} * 1024;
 
     virtual ~HttpClient() = default;
     // Starts the request and returns at once; `completion` runs later on any thread.

@@ -10,8 +10,6 @@
 
 namespace quelto {
 
-namespace {
-
 bool writeAll(int fd, std::string_view data) {
     const char* p = data.data();
     std::size_t left = data.size();
@@ -26,6 +24,8 @@ bool writeAll(int fd, std::string_view data) {
     }
     return true;
 }
+
+namespace {
 
 // A name no other writer uses at the same time: the process, a counter and the clock.
 std::string temporaryPath(const std::string& path) {

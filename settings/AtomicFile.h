@@ -1,5 +1,5 @@
 #pragma once
-// Whole-file writes that a reader never sees half done.
+// Whole-file writes that a reader never sees half done, and the loop that writes a buffer out.
 
 #include <string>
 #include <string_view>
@@ -10,5 +10,9 @@ namespace quelto {
 // a reader sees either the old file or the new one. The temporary is removed on failure.
 // Returns whether the file was replaced. The directory must already exist.
 bool writeFileAtomically(const std::string& path, std::string_view contents);
+
+// Writes all of `data` to the open file `fd`, resuming after partial writes and
+// interruptions. Returns false at the first error, with part of `data` possibly written.
+bool writeAll(int fd, std::string_view data);
 
 }  // namespace quelto

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "platform/Platform.h"
+#include "settings/AtomicFile.h"
 #include "settings/HomeDirectory.h"
 
 namespace quelto {
@@ -18,21 +19,6 @@ namespace quelto {
 namespace {
 
 using Mirror = std::function<void(const std::string&)>;
-
-// Writes all of `data`, resuming after partial writes and interruptions; gives up on error.
-void writeAll(int fd, const std::string& data) {
-    const char* p = data.data();
-    std::size_t left = data.size();
-    while (left > 0) {
-        ssize_t n = ::write(fd, p, left);
-        if (n < 0) {
-            if (errno == EINTR) continue;
-            return;
-        }
-        p += n;
-        left -= static_cast<std::size_t>(n);
-    }
-}
 
 // Creates the file when it is missing (never its folder) and opens it for appending.
 int openLogFile(const std::string& path) {

@@ -41,10 +41,10 @@ std::int64_t floorDiv(std::int64_t a, std::int64_t b) {
 Micros toMicros(double seconds) {
     if (!std::isfinite(seconds)) return seconds > 0 ? maxDelay : 0;
     double us = std::round(seconds * 1e6);
-    if (us > static_cast<double>(std::numeric_limits<Micros>::max() / 2))
-        return std::numeric_limits<Micros>::max() / 2;
-    if (us < static_cast<double>(std::numeric_limits<Micros>::min() / 2))
-        return std::numeric_limits<Micros>::min() / 2;
+    constexpr Micros highest = std::numeric_limits<Micros>::max() / 2;
+    constexpr Micros lowest = std::numeric_limits<Micros>::min() / 2;
+    if (us > static_cast<double>(highest)) return highest;
+    if (us < static_cast<double>(lowest)) return lowest;
     return static_cast<Micros>(us);
 }
 

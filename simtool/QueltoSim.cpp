@@ -9,7 +9,6 @@
 
 #include "settings/HomeDirectory.h"
 #include "simtool/BuiltinSession.h"
-#include "simtool/CheckUpdatesCommand.h"
 #include "simtool/PrivateHome.h"
 #include "simtool/RunReport.h"
 #include "simtool/ScenarioParser.h"
@@ -124,6 +123,8 @@ std::string commandsText() {
         "expect icon active|paused         expect [not] tooltip \"TEXT\"",
         "expect [no] settings [tab TAB] \"TEXT\"",
         "expect [no] pasteboard \"TEXT\"     expect [no] alert \"TEXT\"     expect [no] dock-icon",
+        // One entry, wrapped.
+        // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
         "expect [no] opened \"TEXT\"         a link opened, a file revealed or an Accessibility "
         "prompt",
     };
@@ -132,10 +133,6 @@ std::string commandsText() {
 }
 
 int runQueltoSim(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
-    if (!args.empty() && args.front() == "check-updates") {
-        std::vector<std::string> rest(args.begin() + 1, args.end());
-        return runCheckUpdates(rest, out, err);
-    }
     Options options;
     for (std::size_t i = 0; i < args.size(); ++i) {
         const std::string& a = args[i];

@@ -1,7 +1,7 @@
 #pragma once
 // quelto-sim's command line: runs a scenario file (or the built-in session) and prints what
-// Quelto wrote; `check-updates` runs one real update check. Kept apart from `main` so that
-// tests can drive it in-process.
+// Quelto wrote. Kept apart from `main` so that tests can drive it in-process; `main` sends
+// `check-updates` to its own command (simtool/checkupdates/) before it comes here.
 
 #include <ostream>
 #include <string>

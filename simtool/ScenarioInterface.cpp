@@ -309,8 +309,8 @@ void Parser::settingsCommand(Args& args) {
                 return r.error(line, "the " + content.label + " tab has no button " + inQuotes(t) +
                                          (list.empty() ? "" : " (it has " + list + ")"));
             }
-            if (button->action == "checkForUpdates") return w->checkForUpdates(nullptr);
-            if (button->action == "addApp") return w->addAppClicked();
+            if (button->action == WindowAction::checkForUpdates) return w->checkForUpdates(nullptr);
+            if (button->action == WindowAction::addApp) return w->addAppClicked();
             if (!w->perform(button->action))
                 r.error(line, "the button " + inQuotes(t) + " does nothing in the simulator");
         });

@@ -207,7 +207,7 @@ std::optional<int> parseZone(const std::string& word) {
 
 Date dateFrom(const CivilDate& date, const ClockTime& time, int utcOffsetSeconds) {
     long long days = daysFromCivil(date.year, date.month, date.day);
-    long long secs = days * 86400 + time.hour * 3600 + time.minute * 60 + time.second;
+    long long secs = days * 86400 + time.hour * 3600LL + time.minute * 60LL + time.second;
     return Date{static_cast<double>(secs - utcOffsetSeconds) + time.millisecond / 1000.0};
 }
 

@@ -305,7 +305,8 @@ class MacUpdateButton final : public quelto::UpdateButton {
             NSButton* button = [NSButton buttonWithTitle:toNSString(element.text)
                                                   target:nil
                                                   action:nil];
-            if (element.action == "checkForUpdates") _updateButton.button = button;
+            if (element.action == quelto::WindowAction::checkForUpdates)
+                _updateButton.button = button;
             view = [self connect:button to:element.action];
             break;
         }
@@ -351,9 +352,10 @@ class MacUpdateButton final : public quelto::UpdateButton {
     return view;
 }
 
-// Controls send `controlChanged:`; their identifier names the model operation.
-- (NSControl*)connect:(NSControl*)control to:(const std::string&)action {
-    control.identifier = toNSString(action);
+// Controls send `controlChanged:`; their tag is the action, their identifier its name.
+- (NSControl*)connect:(NSControl*)control to:(quelto::WindowAction)action {
+    control.identifier = toNSString(std::string(quelto::actionName(action)));
+    control.tag = static_cast<NSInteger>(action);
     control.target = self;
     control.action = @selector(controlChanged:);
     return control;
@@ -505,23 +507,32 @@ class MacUpdateButton final : public quelto::UpdateButton {
 // ---- Actions ----
 
 - (void)controlChanged:(NSControl*)sender {
-    const std::string action = toStdString(sender.identifier);
-    if (action == "toggleLive") {
-        _model->toggleLive(static_cast<NSSwitch*>(sender).state == NSControlStateValueOn);
-    } else if (action == "changeQuitMode") {
-        _model->changeQuitMode(
-            static_cast<int>(static_cast<NSSegmentedControl*>(sender).selectedSegment));
-    } else if (action == "changeEscape") {
-        _model->changeEscape(
-            static_cast<int>(static_cast<NSPopUpButton*>(sender).indexOfSelectedItem));
-    } else if (action == "toggleLoginItem") {
-        _model->toggleLoginItem(static_cast<NSButton*>(sender).state == NSControlStateValueOn);
-    } else if (action == "addApp") {
-        [self addApp];
-    } else if (action == "checkForUpdates") {
-        _model->checkForUpdates(&_updateButton);
-    } else {
-        _model->perform(action);
+    using quelto::WindowAction;
+    const auto action = static_cast<WindowAction>(sender.tag);
+    switch (action) {
+        case WindowAction::toggleLive:
+            _model->toggleLive(static_cast<NSSwitch*>(sender).state == NSControlStateValueOn);
+            break;
+        case WindowAction::changeQuitMode:
+            _model->changeQuitMode(
+                static_cast<int>(static_cast<NSSegmentedControl*>(sender).selectedSegment));
+            break;
+        case WindowAction::changeEscape:
+            _model->changeEscape(
+                static_cast<int>(static_cast<NSPopUpButton*>(sender).indexOfSelectedItem));
+            break;
+        case WindowAction::toggleLoginItem:
+            _model->toggleLoginItem(static_cast<NSButton*>(sender).state == NSControlStateValueOn);
+            break;
+        case WindowAction::addApp:
+            [self addApp];
+            break;
+        case WindowAction::checkForUpdates:
+            _model->checkForUpdates(&_updateButton);
+            break;
+        default:
+            _model->perform(action);
+            break;
     }
 }
 

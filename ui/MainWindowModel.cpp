@@ -180,28 +180,83 @@ void MainWindowModel::checkForUpdates(UpdateButton* from) {
     UpdateChecker::check(shell_.updateContext(), from);
 }
 
-bool MainWindowModel::perform(const std::string& action) {
-    if (action == "revealLog")
-        revealLog();
-    else if (action == "revealConfig")
-        revealConfig();
-    else if (action == "openAccessibility")
-        openAccessibility();
-    else if (action == "copyDiagnostics")
-        copyDiagnostics();
-    else if (action == "emailSupport")
-        emailSupport();
-    else if (action == "openHelpPage")
-        openHelpPage();
-    else if (action == "openSite")
-        openSite();
-    else if (action == "openTerms")
-        openTerms();
-    else if (action == "openPrivacy")
-        openPrivacy();
-    else
-        return false;
-    return true;
+std::string_view actionName(WindowAction action) {
+    switch (action) {
+        case WindowAction::none:
+            return "";
+        case WindowAction::toggleLive:
+            return "toggleLive";
+        case WindowAction::changeQuitMode:
+            return "changeQuitMode";
+        case WindowAction::changeEscape:
+            return "changeEscape";
+        case WindowAction::toggleLoginItem:
+            return "toggleLoginItem";
+        case WindowAction::addApp:
+            return "addApp";
+        case WindowAction::checkForUpdates:
+            return "checkForUpdates";
+        case WindowAction::revealLog:
+            return "revealLog";
+        case WindowAction::revealConfig:
+            return "revealConfig";
+        case WindowAction::openAccessibility:
+            return "openAccessibility";
+        case WindowAction::copyDiagnostics:
+            return "copyDiagnostics";
+        case WindowAction::emailSupport:
+            return "emailSupport";
+        case WindowAction::openHelpPage:
+            return "openHelpPage";
+        case WindowAction::openSite:
+            return "openSite";
+        case WindowAction::openTerms:
+            return "openTerms";
+        case WindowAction::openPrivacy:
+            return "openPrivacy";
+    }
+    return "";
+}
+
+bool MainWindowModel::perform(WindowAction action) {
+    switch (action) {
+        case WindowAction::revealLog:
+            revealLog();
+            return true;
+        case WindowAction::revealConfig:
+            revealConfig();
+            return true;
+        case WindowAction::openAccessibility:
+            openAccessibility();
+            return true;
+        case WindowAction::copyDiagnostics:
+            copyDiagnostics();
+            return true;
+        case WindowAction::emailSupport:
+            emailSupport();
+            return true;
+        case WindowAction::openHelpPage:
+            openHelpPage();
+            return true;
+        case WindowAction::openSite:
+            openSite();
+            return true;
+        case WindowAction::openTerms:
+            openTerms();
+            return true;
+        case WindowAction::openPrivacy:
+            openPrivacy();
+            return true;
+        case WindowAction::none:
+        case WindowAction::toggleLive:
+        case WindowAction::changeQuitMode:
+        case WindowAction::changeEscape:
+        case WindowAction::toggleLoginItem:
+        case WindowAction::addApp:
+        case WindowAction::checkForUpdates:
+            return false;
+    }
+    return false;
 }
 
 }  // namespace quelto

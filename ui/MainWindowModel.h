@@ -223,13 +223,12 @@ class MainWindowModel {
     void openPrivacy();
     void checkForUpdates(UpdateButton* from);
 
-    // Runs a parameterless action by its identifier (the `action` of a `ViewElement`):
-    // "revealLog", "revealConfig", "openAccessibility", "copyDiagnostics", "emailSupport",
-    // "openHelpPage", "openSite", "openTerms", "openPrivacy". False for any other identifier;
-    // the controls with a state ("toggleLive", "changeQuitMode", "changeEscape",
-    // "toggleLoginItem"), "addApp" (open panel) and "checkForUpdates" (the pressed button)
-    // go to their own operations.
-    bool perform(const std::string& action);
+    // Runs a parameterless action (the `action` of a button): revealLog, revealConfig,
+    // openAccessibility, copyDiagnostics, emailSupport, openHelpPage, openSite, openTerms,
+    // openPrivacy. False for any other action: the controls with a state (toggleLive,
+    // changeQuitMode, changeEscape, toggleLoginItem), addApp (open panel) and
+    // checkForUpdates (the pressed button) go to their own operations.
+    bool perform(WindowAction action);
 
   private:
     void changed(Change change);

@@ -9,6 +9,7 @@ namespace quelto {
 namespace {
 
 using Kind = ViewElement::Kind;
+using Action = WindowAction;
 
 constexpr double helpWrap = 500;
 
@@ -51,11 +52,11 @@ ViewElement image(std::string name, double side, std::string accessibilityLabel)
     return e;
 }
 
-ViewElement button(std::string title, std::string action, Kind kind = Kind::button) {
+ViewElement button(std::string title, Action action, Kind kind = Kind::button) {
     ViewElement e;
     e.kind = kind;
     e.text = std::move(title);
-    e.action = std::move(action);
+    e.action = action;
     return e;
 }
 
@@ -90,7 +91,7 @@ TabContent generalTab(const MainWindowModel& model) {
     liveSwitch.kind = Kind::switchControl;
     liveSwitch.id = "liveSwitch";
     liveSwitch.on = g.liveOn;
-    liveSwitch.action = "toggleLive";
+    liveSwitch.action = Action::toggleLive;
     // The switch has no title; its state is read out as its value.
     liveSwitch.accessibilityLabel = "Quelto on or off";
     ViewElement status = text(g.statusLabel, 15);
@@ -107,7 +108,7 @@ TabContent generalTab(const MainWindowModel& model) {
     mode.id = "modeControl";
     mode.items = {"Its last window closes", "Its red dot is clicked"};
     mode.selected = g.modeSegment;
-    mode.action = "changeQuitMode";
+    mode.action = Action::changeQuitMode;
     el.push_back(mode);
     el.push_back(
         helpText("“Red dot” quits the app even when other windows are open, and leaves ⌘W "
@@ -120,7 +121,7 @@ TabContent generalTab(const MainWindowModel& model) {
     escape.id = "escapeControl";
     escape.items = {"Hold Shift", "Hold Option", "No shortcut"};
     escape.selected = g.escapeIndex;
-    escape.action = "changeEscape";
+    escape.action = Action::changeEscape;
     el.push_back(escape);
     el.push_back(
         helpText("Option is offered but not recommended: macOS already uses ⌥-click on the red "
@@ -133,7 +134,7 @@ TabContent generalTab(const MainWindowModel& model) {
     login.id = "loginItemBox";
     login.text = g.loginTitle;
     login.on = g.loginChecked;
-    login.action = "toggleLoginItem";
+    login.action = Action::toggleLoginItem;
     el.push_back(login);
     el.push_back(
         helpText("Without this, Quelto has to be opened from the Applications folder after every "
@@ -155,7 +156,7 @@ TabContent appsTab() {
              "messages arriving.",
              11, true, helpWrap));
     el.push_back(table("apps"));
-    el.push_back(button("Add App…", "addApp"));
+    el.push_back(button("Add App…", Action::addApp));
     el.push_back(text("Protect an app that isn’t running — the list above only shows open apps.",
                       11, true, helpWrap));
     return tab;
@@ -189,9 +190,9 @@ TabContent helpTab(const MainWindowModel& model) {
         row.accessibilityLabel = MainWindowModel::healthCheckIconLabel(c.passed);
         el.push_back(row);
     }
-    el.push_back(group(Kind::row, {button("Open Accessibility Settings", "openAccessibility"),
-                                   button("Show Log", "revealLog"),
-                                   button("Copy Diagnostics", "copyDiagnostics")}));
+    el.push_back(group(Kind::row, {button("Open Accessibility Settings", Action::openAccessibility),
+                                   button("Show Log", Action::revealLog),
+                                   button("Copy Diagnostics", Action::copyDiagnostics)}));
     el.push_back(separator());
     el.push_back(heading("If something still isn’t right", 13, false));
     for (const MainWindowModel::QuestionAndAnswer& qa : MainWindowModel::questions()) {
@@ -200,8 +201,8 @@ TabContent helpTab(const MainWindowModel& model) {
     }
     el.push_back(separator());
     el.push_back(
-        group(Kind::row, {button(std::string("Email ") + build::supportEmail, "emailSupport"),
-                          button("Help Online", "openHelpPage")}));
+        group(Kind::row, {button(std::string("Email ") + build::supportEmail, Action::emailSupport),
+                          button("Help Online", Action::openHelpPage)}));
     el.push_back(
         text("Copy Diagnostics puts everything needed to look into a problem on the clipboard. "
              "Paste it into your email.",
@@ -234,15 +235,16 @@ TabContent aboutTab(const ShellContext& shell) {
     tagline.centred = true;
     tagline.spacingAfter = aboutGroupGap;
     el.push_back(tagline);
-    ViewElement links = group(Kind::row, {button(lines.siteButton, "openSite", Kind::linkButton),
-                                          button("Terms", "openTerms", Kind::linkButton),
-                                          button("Privacy", "openPrivacy", Kind::linkButton)});
+    ViewElement links =
+        group(Kind::row, {button(lines.siteButton, Action::openSite, Kind::linkButton),
+                          button("Terms", Action::openTerms, Kind::linkButton),
+                          button("Privacy", Action::openPrivacy, Kind::linkButton)});
     links.spacingAfter = aboutGroupGap;
     el.push_back(links);
-    el.push_back(group(
-        Kind::row, {button("Show Log", "revealLog"), button("Show Settings File", "revealConfig"),
-                    button("Check for Updates…", "checkForUpdates")}));
-    el.push_back(button("Copy Diagnostics", "copyDiagnostics"));
+    el.push_back(group(Kind::row, {button("Show Log", Action::revealLog),
+                                   button("Show Settings File", Action::revealConfig),
+                                   button("Check for Updates…", Action::checkForUpdates)}));
+    el.push_back(button("Copy Diagnostics", Action::copyDiagnostics));
     el.push_back(text(lines.systemLine, 11, true));
     el.push_back(text(lines.note, 10, true, 400));
     return tab;

@@ -5,11 +5,38 @@
 // the tests print it as text.
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quelto {
 
 enum class TextColor { primary, secondary };
+
+// The settings window's actions: what a control sends to the model.
+enum class WindowAction {
+    none,  // static content
+    // The controls with a state, each its own model operation.
+    toggleLive,
+    changeQuitMode,
+    changeEscape,
+    toggleLoginItem,
+    // Buttons with their own operation: the open panel, the pressed update button.
+    addApp,
+    checkForUpdates,
+    // Buttons that `MainWindowModel::perform` runs.
+    revealLog,
+    revealConfig,
+    openAccessibility,
+    copyDiagnostics,
+    emailSupport,
+    openHelpPage,
+    openSite,
+    openTerms,
+    openPrivacy,
+};
+
+// "toggleLive", "revealLog", … as the model operation is named; "" for none.
+std::string_view actionName(WindowAction action);
 
 struct ViewElement {
     enum class Kind {
@@ -46,8 +73,8 @@ struct ViewElement {
     int selected = -1;
     bool on = false;
     bool enabled = true;
-    std::string action;  // the model operation the control triggers ("toggleLive", …)
-    std::string detail;  // health checks: the line under the title
+    WindowAction action = WindowAction::none;  // what the control sends to the model
+    std::string detail;                        // health checks: the line under the title
     std::string symbol;  // health checks: "checkmark.circle.fill" / "exclamationmark.circle.fill"
     // What VoiceOver says for a control or image that shows no title of its own: the switch,
     // the images, a health check's icon. Empty for elements whose text says it.

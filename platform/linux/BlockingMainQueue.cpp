@@ -76,7 +76,10 @@ bool BlockingMainQueue::run(double limitSeconds) {
             std::function<void()> work;
             if (item.interval > 0) {
                 work = item.work;
-                insert(due + seconds(item.interval), std::move(item));
+                // The next time is read before the item is moved into the call: the order in
+                // which a call's arguments are evaluated is unspecified.
+                TimePoint next = due + seconds(item.interval);
+                insert(next, std::move(item));
             } else {
                 --oneShots_;
                 work = std::move(item.work);

@@ -4,7 +4,10 @@
 
 #include <ApplicationServices/ApplicationServices.h>
 
+#include <utility>
+
 #include "platform/Accessibility.h"
+#include "platform/macos/CFHolder.h"
 
 namespace quelto::mac {
 
@@ -15,7 +18,6 @@ class MacAXElement final : public AXElementObject {
     // Retains a borrowed reference (a callback argument, an item of a copied array).
     static AXElement retain(AXUIElementRef element);
 
-    ~MacAXElement() override;
     MacAXElement(const MacAXElement&) = delete;
     MacAXElement& operator=(const MacAXElement&) = delete;
 
@@ -25,14 +27,14 @@ class MacAXElement final : public AXElementObject {
     bool isSameElement(const AXElementObject& other) const override;
     std::size_t elementHash() const override;
 
-    AXUIElementRef ref() const { return element_; }
+    AXUIElementRef ref() const { return element_.get(); }
 
     // The platform element behind a handle; null for a null handle or one of another kind.
     static AXUIElementRef refOf(const AXElement& element);
 
   private:
-    explicit MacAXElement(AXUIElementRef owned) : element_(owned) {}
-    AXUIElementRef element_;
+    explicit MacAXElement(CFHolder<AXUIElementRef> element) : element_(std::move(element)) {}
+    CFHolder<AXUIElementRef> element_;
 };
 
 }  // namespace quelto::mac

@@ -7,51 +7,47 @@ namespace quelto::mac {
 
 std::unique_ptr<MacAXObserver> MacAXObserver::create(Pid pid, AXObserverCallback callback,
                                                      AXError& error) {
-    AXObserverRef observer = nullptr;
-    ::AXError created = AXObserverCreate(pid, &MacAXObserver::deliver, &observer);
+    CFHolder<AXObserverRef> observer;
+    ::AXError created = AXObserverCreate(pid, &MacAXObserver::deliver, observer.out());
     error = AXError(created);
     if (created != kAXErrorSuccess || !observer) {
-        if (observer) CFRelease(observer);
         if (error.isSuccess()) error = axerror::failure;
         return nullptr;
     }
-    return std::unique_ptr<MacAXObserver>(new MacAXObserver(observer, callback));
+    return std::unique_ptr<MacAXObserver>(new MacAXObserver(std::move(observer), callback));
 }
 
 MacAXObserver::~MacAXObserver() {
     // Owners take the source off the run loop before letting go; doing it once more here is
     // harmless and keeps a forgotten source from calling into freed records.
     removeRunLoopSourceFromMainRunLoop();
-    CFRelease(observer_);
 }
 
 AXError MacAXObserver::addNotification(const AXElement& element, const std::string& notification,
                                        void* refcon) {
     AXUIElementRef target = MacAXElement::refOf(element);
     if (!target) return axerror::illegalArgument;
-    CFStringRef name = createCFString(notification);
+    CFHolder<CFStringRef> name(createCFString(notification));
     if (!name) return axerror::illegalArgument;
 
     // Every registration with the same refcon shares one record: its content would be the same.
     auto& record = registrations_[refcon];
     if (!record) record = std::make_unique<Registration>(Registration{this, refcon});
-    ::AXError added = AXObserverAddNotification(observer_, target, name, record.get());
-    CFRelease(name);
-    return AXError(added);
+    return AXError(AXObserverAddNotification(observer_.get(), target, name.get(), record.get()));
 }
 
 void MacAXObserver::addRunLoopSourceToMainRunLoop() {
     if (sourceOnMainRunLoop_) return;
     // The common modes: the observer keeps delivering while an alert's modal loop or an open
     // menu's tracking loop runs on the main thread, not only in the default mode.
-    CFRunLoopAddSource(CFRunLoopGetMain(), AXObserverGetRunLoopSource(observer_),
+    CFRunLoopAddSource(CFRunLoopGetMain(), AXObserverGetRunLoopSource(observer_.get()),
                        kCFRunLoopCommonModes);
     sourceOnMainRunLoop_ = true;
 }
 
 void MacAXObserver::removeRunLoopSourceFromMainRunLoop() {
     if (!sourceOnMainRunLoop_) return;
-    CFRunLoopRemoveSource(CFRunLoopGetMain(), AXObserverGetRunLoopSource(observer_),
+    CFRunLoopRemoveSource(CFRunLoopGetMain(), AXObserverGetRunLoopSource(observer_.get()),
                           kCFRunLoopCommonModes);
     sourceOnMainRunLoop_ = false;
 }

@@ -9,8 +9,10 @@
 
 #include <map>
 #include <memory>
+#include <utility>
 
 #include "platform/Accessibility.h"
+#include "platform/macos/CFHolder.h"
 
 namespace quelto::mac {
 
@@ -35,16 +37,18 @@ class MacAXObserver final : public AXObserver {
         void* refcon;
     };
 
-    MacAXObserver(AXObserverRef observer, AXObserverCallback callback)
-        : observer_(observer), callback_(callback) {}
+    MacAXObserver(CFHolder<AXObserverRef> observer, AXObserverCallback callback)
+        : callback_(callback), observer_(std::move(observer)) {}
 
     static void deliver(AXObserverRef observer, AXUIElementRef element, CFStringRef notification,
                         void* record);
 
-    AXObserverRef observer_;
     AXObserverCallback callback_;
     std::map<void*, std::unique_ptr<Registration>> registrations_;
     bool sourceOnMainRunLoop_ = false;
+    // Last, so that it goes first: the observer is released before the records it was
+    // handed.
+    CFHolder<AXObserverRef> observer_;
 };
 
 }  // namespace quelto::mac

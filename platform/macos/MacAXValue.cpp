@@ -2,6 +2,7 @@
 
 #include <ApplicationServices/ApplicationServices.h>
 
+#include "platform/macos/CFHolder.h"
 #include "platform/macos/CFStrings.h"
 #include "platform/macos/MacAXElement.h"
 
@@ -10,10 +11,8 @@ namespace quelto::mac {
 namespace {
 
 std::string typeName(CFTypeRef value) {
-    CFStringRef description = CFCopyTypeIDDescription(CFGetTypeID(value));
-    std::string name = fromCFString(description);
-    if (description) CFRelease(description);
-    return name;
+    CFHolder<CFStringRef> description(CFCopyTypeIDDescription(CFGetTypeID(value)));
+    return fromCFString(description.get());
 }
 
 AXValue convertAXValue(AXValueRef value) {

@@ -2,6 +2,7 @@
 
 #include <ApplicationServices/ApplicationServices.h>
 
+#include "platform/macos/CFHolder.h"
 #include "platform/macos/MacAXElement.h"
 #include "platform/macos/MacAXObserver.h"
 
@@ -12,11 +13,9 @@ AXElement MacAccessibility::createApplication(Pid pid) {
 }
 
 AXError MacAccessibility::setSystemWideMessagingTimeout(float seconds) {
-    AXUIElementRef systemWide = AXUIElementCreateSystemWide();
+    CFHolder<AXUIElementRef> systemWide(AXUIElementCreateSystemWide());
     if (!systemWide) return axerror::failure;
-    ::AXError result = AXUIElementSetMessagingTimeout(systemWide, seconds);
-    CFRelease(systemWide);
-    return AXError(result);
+    return AXError(AXUIElementSetMessagingTimeout(systemWide.get(), seconds));
 }
 
 std::unique_ptr<AXObserver> MacAccessibility::createObserver(Pid pid, AXObserverCallback callback,
@@ -31,12 +30,10 @@ bool MacAccessibility::isProcessTrusted() {
 bool MacAccessibility::isProcessTrustedWithPrompt() {
     const void* keys[] = {kAXTrustedCheckOptionPrompt};
     const void* values[] = {kCFBooleanTrue};
-    CFDictionaryRef options =
-        CFDictionaryCreate(kCFAllocatorDefault, keys, values, 1, &kCFTypeDictionaryKeyCallBacks,
-                           &kCFTypeDictionaryValueCallBacks);
-    bool trusted = AXIsProcessTrustedWithOptions(options);
-    if (options) CFRelease(options);
-    return trusted;
+    CFHolder<CFDictionaryRef> options(CFDictionaryCreate(kCFAllocatorDefault, keys, values, 1,
+                                                         &kCFTypeDictionaryKeyCallBacks,
+                                                         &kCFTypeDictionaryValueCallBacks));
+    return AXIsProcessTrustedWithOptions(options.get());
 }
 
 }  // namespace quelto::mac

@@ -3,6 +3,8 @@
 #import <AppKit/AppKit.h>
 #include <CoreGraphics/CoreGraphics.h>
 
+#include "platform/macos/CFHolder.h"
+
 namespace quelto::mac {
 
 struct MacMouseMonitor::Installed {
@@ -17,10 +19,9 @@ MonitorToken MacMouseMonitor::addGlobalLeftMouseDownMonitor(Handler handler) {
                                         // The event's own location is bottom-left based; a
                                         // fresh event gives the pointer top-left based, the
                                         // space Accessibility frames are in.
-                                        CGEventRef now = CGEventCreate(nullptr);
+                                        CFHolder<CGEventRef> now(CGEventCreate(nullptr));
                                         if (!now) return;
-                                        CGPoint location = CGEventGetLocation(now);
-                                        CFRelease(now);
+                                        CGPoint location = CGEventGetLocation(now.get());
                                         (*onClick)(Point{location.x, location.y},
                                                    static_cast<ModifierFlags>(event.modifierFlags));
                                       }];

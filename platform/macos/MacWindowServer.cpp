@@ -3,6 +3,8 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <CoreGraphics/CoreGraphics.h>
 
+#include "platform/macos/CFHolder.h"
+
 namespace quelto::mac {
 
 namespace {
@@ -46,12 +48,12 @@ std::vector<WindowServerWindow> MacWindowServer::windowList(WindowListScope scop
             ? (kCGWindowListOptionOnScreenOnly | kCGWindowListExcludeDesktopElements)
             : kCGWindowListOptionAll;
     std::vector<WindowServerWindow> out;
-    CFArrayRef list = CGWindowListCopyWindowInfo(options, kCGNullWindowID);
+    CFHolder<CFArrayRef> list(CGWindowListCopyWindowInfo(options, kCGNullWindowID));
     if (!list) return out;
-    CFIndex count = CFArrayGetCount(list);
+    CFIndex count = CFArrayGetCount(list.get());
     out.reserve(static_cast<std::size_t>(count));
     for (CFIndex i = 0; i < count; ++i) {
-        const void* item = CFArrayGetValueAtIndex(list, i);
+        const void* item = CFArrayGetValueAtIndex(list.get(), i);
         if (!item || CFGetTypeID(item) != CFDictionaryGetTypeID()) continue;
         auto info = static_cast<CFDictionaryRef>(item);
         WindowServerWindow w;
@@ -68,7 +70,6 @@ std::vector<WindowServerWindow> MacWindowServer::windowList(WindowListScope scop
         w.onScreen = readBool(info, kCGWindowIsOnscreen);
         out.push_back(w);
     }
-    CFRelease(list);
     return out;
 }
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "platform/macos/CFHolder.h"
 #include "platform/macos/CFStrings.h"
 #include "platform/macos/MacAXElement.h"
 #include "platform/macos/MacAXValue.h"
@@ -13,19 +14,7 @@ namespace quelto::mac {
 namespace {
 
 // Owns one Core Foundation reference for the length of a test.
-class Owned {
-  public:
-    explicit Owned(CFTypeRef ref) : ref_(ref) {}
-    ~Owned() {
-        if (ref_) CFRelease(ref_);
-    }
-    Owned(const Owned&) = delete;
-    Owned& operator=(const Owned&) = delete;
-    CFTypeRef get() const { return ref_; }
-
-  private:
-    CFTypeRef ref_;
-};
+using Owned = CFHolder<CFTypeRef>;
 
 TEST(MacAXValueTest, AStringKeepsItsNonASCIICharacters) {
     const std::string text = "Zoë’s Café — ☕ 東京";

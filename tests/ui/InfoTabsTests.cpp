@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <string>
+#include <vector>
+
 #include "platform/BuildSettings.h"
 #include "tests/ui/UiTestSupport.h"
 #include "ui/MainWindowModel.h"
@@ -313,9 +317,10 @@ TEST_F(InfoTabsTest, AboutTabRendersEveryLine) {
 
 TEST_F(InfoTabsTest, LinksOpenTheirAddresses) {
     MainWindowModel model(desktop.shellContext());
-    for (const char* action :
-         {"emailSupport", "openHelpPage", "openSite", "openTerms", "openPrivacy"})
-        EXPECT_TRUE(model.perform(action)) << action;
+    for (WindowAction action :
+         {WindowAction::emailSupport, WindowAction::openHelpPage, WindowAction::openSite,
+          WindowAction::openTerms, WindowAction::openPrivacy})
+        EXPECT_TRUE(model.perform(action)) << actionName(action);
     const std::string site = build::siteURL;
     EXPECT_EQ(desktop.openedURLs(),
               (std::vector<std::string>{
@@ -335,16 +340,15 @@ TEST_F(InfoTabsTest, LinksThatDoNotParseDoNothing) {
 
 TEST_F(InfoTabsTest, RevealShowsTheFilesInTheFinder) {
     MainWindowModel model(desktop.shellContext());
-    EXPECT_TRUE(model.perform("revealLog"));
-    EXPECT_TRUE(model.perform("revealConfig"));
-    EXPECT_EQ(desktop.revealedFiles(),
-              (std::vector<std::string>{Log::path(), ConfigStore::path()}));
+    EXPECT_TRUE(model.perform(WindowAction::revealLog));
+    EXPECT_TRUE(model.perform(WindowAction::revealConfig));
+    EXPECT_EQ(desktop.revealedFiles(), (std::vector<std::string>{Log::path(), ConfigStore::path()}));
 }
 
 TEST_F(InfoTabsTest, OpenAccessibilityPromptsAndOpensThePane) {
     desktop.setTrusted(false);
     MainWindowModel model(desktop.shellContext());
-    EXPECT_TRUE(model.perform("openAccessibility"));
+    EXPECT_TRUE(model.perform(WindowAction::openAccessibility));
     EXPECT_EQ(desktop.trustPromptCount(), 1);
     EXPECT_EQ(
         desktop.openedURLs(),
@@ -352,10 +356,32 @@ TEST_F(InfoTabsTest, OpenAccessibilityPromptsAndOpensThePane) {
             "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility"}));
 }
 
-TEST_F(InfoTabsTest, UnknownActionsAreRefused) {
+TEST_F(InfoTabsTest, ActionsWithTheirOwnOperationAreRefused) {
     MainWindowModel model(desktop.shellContext());
-    EXPECT_FALSE(model.perform("deleteEverything"));
-    EXPECT_FALSE(model.perform(""));
+    for (WindowAction action :
+         {WindowAction::none, WindowAction::toggleLive, WindowAction::changeQuitMode,
+          WindowAction::changeEscape, WindowAction::toggleLoginItem, WindowAction::addApp,
+          WindowAction::checkForUpdates})
+        EXPECT_FALSE(model.perform(action)) << actionName(action);
+    EXPECT_TRUE(desktop.openedURLs().empty());
+    EXPECT_TRUE(desktop.revealedFiles().empty());
+}
+
+TEST_F(InfoTabsTest, EveryButtonNamesItsAction) {
+    MainWindowModel model(desktop.shellContext());
+    std::vector<std::string> names;
+    std::function<void(const std::vector<ViewElement>&)> walk = [&](const auto& elements) {
+        for (const ViewElement& e : elements) {
+            if (e.kind == ViewElement::Kind::button || e.kind == ViewElement::Kind::linkButton)
+                names.emplace_back(actionName(e.action));
+            walk(e.children);
+        }
+    };
+    for (const char* tab : {"apps", "help", "about"}) walk(model.content(tab).elements);
+    EXPECT_EQ(names, (std::vector<std::string>{
+                         "addApp", "openAccessibility", "revealLog", "copyDiagnostics",
+                         "emailSupport", "openHelpPage", "openSite", "openTerms", "openPrivacy",
+                         "revealLog", "revealConfig", "checkForUpdates", "copyDiagnostics"}));
 }
 
 TEST_F(InfoTabsTest, ActivityTabRendersItsRows) {

@@ -428,7 +428,7 @@ TEST_F(SettingsWindowTest, WindowRenderingMarksTheSelectedTab) {
 TEST_F(SettingsWindowTest, EveryControlAndImageWithoutATitleHasAnAccessibilityLabel) {
     desktop.setTrusted(false);
     writeConfig("live = true\narm = *\n");
-    MainWindowModel model;
+    MainWindowModel model(desktop.shellContext());
     model.refresh();
     std::vector<std::pair<std::string, std::string>> labelled;  // kind or id, label
     std::function<void(const std::vector<ViewElement>&)> walk = [&](const auto& elements) {
@@ -473,7 +473,7 @@ TEST_F(SettingsWindowTest, ContentNamesTheControlsAndTheirActions) {
     TabContent general = model.content("general");
     EXPECT_EQ(general.identifier, "general");
     EXPECT_EQ(general.label, "General");
-    std::map<std::string, std::string> actions;
+    std::map<std::string, WindowAction> actions;
     std::function<void(const std::vector<ViewElement>&)> walk = [&](const auto& elements) {
         for (const ViewElement& e : elements) {
             if (!e.id.empty()) actions[e.id] = e.action;
@@ -481,10 +481,11 @@ TEST_F(SettingsWindowTest, ContentNamesTheControlsAndTheirActions) {
         }
     };
     walk(general.elements);
-    EXPECT_EQ(actions["liveSwitch"], "toggleLive");
-    EXPECT_EQ(actions["modeControl"], "changeQuitMode");
-    EXPECT_EQ(actions["escapeControl"], "changeEscape");
-    EXPECT_EQ(actions["loginItemBox"], "toggleLoginItem");
+    EXPECT_EQ(actions["liveSwitch"], WindowAction::toggleLive);
+    EXPECT_EQ(actions["modeControl"], WindowAction::changeQuitMode);
+    EXPECT_EQ(actions["escapeControl"], WindowAction::changeEscape);
+    EXPECT_EQ(actions["loginItemBox"], WindowAction::toggleLoginItem);
+    EXPECT_EQ(actions["statusLabel"], WindowAction::none);
     EXPECT_TRUE(actions.count("statusLabel"));
     EXPECT_EQ(model.content("activity").layout, TabContent::Layout::table);
     EXPECT_TRUE(model.content("x").identifier.empty());

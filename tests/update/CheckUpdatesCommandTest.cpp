@@ -9,7 +9,7 @@
 
 #include "LoopbackServer.h"
 #include "settings/Log.h"
-#include "simtool/CheckUpdatesCommand.h"
+#include "simtool/checkupdates/CheckUpdatesCommand.h"
 #include "update/UpdateChecker.h"
 
 namespace quelto {

@@ -1,4 +1,4 @@
-#include "simtool/CheckUpdatesCommand.h"
+#include "simtool/checkupdates/CheckUpdatesCommand.h"
 
 #include <mutex>
 #include <optional>

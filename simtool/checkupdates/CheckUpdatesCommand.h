@@ -1,5 +1,7 @@
 #pragma once
-// quelto-sim check-updates: runs one real update check from the command line.
+// quelto-sim check-updates: runs one real update check from the command line. Its own small
+// library (quelto_check_updates), apart from the scenario language: it is the one part of
+// quelto-sim that goes over the network (libcurl on Linux).
 //
 // Entry point for quelto-sim's main:
 //     int runCheckUpdates(const std::vector<std::string>& args, std::ostream& out,
