@@ -26,8 +26,9 @@ class BusyDesktop {
 
     // One busy desktop of 50 applications × 20 windows per variant, built on first use and
     // kept for the whole run, so that the benchmark library's repeated calls do not rebuild
-    // it. It is installed again as the platform, its main queue run and its click records
-    // dropped, so each benchmark starts from the same state.
+    // it. It clocks the log again, its main queue runs until every click record has expired
+    // and a click on nothing lets the engine drop them, so each benchmark starts from the
+    // same state.
     static BusyDesktop& shared(bool frontmostWatched = false);
 
     sim::SimDesktop& desktop() { return *desktop_; }
@@ -35,7 +36,7 @@ class BusyDesktop {
 
     // How many close-button frames the watchers hold (apps × windows when all are cached).
     std::size_t cachedFrameCount() const;
-    // The cached frames, watcher by watcher in the engine's own order.
+    // The cached frames, watcher by watcher in the order the engine walks them.
     std::vector<Rect> cachedFrames() const;
 
     // A point on no window and no close button.

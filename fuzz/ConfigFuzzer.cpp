@@ -19,6 +19,7 @@
 #include "settings/Utf8.h"
 
 using quelto::Config;
+using quelto::ConfigStore;
 
 namespace {
 
