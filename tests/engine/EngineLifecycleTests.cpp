@@ -235,9 +235,9 @@ TEST_F(EngineLifecycleTest, LaunchAndTerminationWithinHalfASecond) {
 }
 
 TEST_F(EngineLifecycleTest, ATerminatedApplicationIsForgottenAtOnce) {
-    auto spec = appSpec(textEdit, "com.apple.TextEdit", "TextEdit");
-    spec.declinesQuit = true;
-    desktop.addApp(spec);
+    auto declining = appSpec(textEdit, "com.apple.TextEdit", "TextEdit");
+    declining.declinesQuit = true;
+    desktop.addApp(declining);
     auto notes = addWindow(textEdit, "Notes");
     startEngine();
     ASSERT_TRUE(watcherOf(textEdit));
