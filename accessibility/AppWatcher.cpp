@@ -7,6 +7,7 @@
 
 #include "accessibility/AXRead.h"
 #include "accessibility/WindowClassification.h"
+#include "platform/AXNotifications.h"
 
 namespace quelto {
 
@@ -58,7 +59,9 @@ bool AppWatcher::attach() {
     observer_->addRunLoopSourceToMainRunLoop();
 
     // An app still starting up may refuse these for a moment: they are tried again.
-    registerAppNotifications({"AXWindowCreated", "AXFocusedWindowChanged"}, 1);
+    registerAppNotifications({std::string(nameOf(AXNotification::windowCreated)),
+                              std::string(nameOf(AXNotification::focusedWindowChanged))},
+                             1);
 
     for (const AXElement& window : axElements(appElement_, "AXWindows")) watch(window);
     return true;
@@ -69,7 +72,10 @@ void AppWatcher::watch(const AXElement& window) {
     WindowRef ref{window};
     if (!watchedWindows_.insert(ref).second) return;
     registerWindowNotifications(window,
-                                {"AXUIElementDestroyed", "AXWindowMoved", "AXWindowResized"}, 1);
+                                {std::string(nameOf(AXNotification::elementDestroyed)),
+                                 std::string(nameOf(AXNotification::windowMoved)),
+                                 std::string(nameOf(AXNotification::windowResized))},
+                                1);
     refreshCloseButton(window, 1);
 }
 
@@ -83,36 +89,48 @@ void AppWatcher::observerCallback(AXObserver&, const AXElement& element,
 }
 
 void AppWatcher::handle(const std::string& notification, const AXElement& element) {
-    if (notification == "AXWindowCreated") {
-        watch(element);
-    } else if (notification == "AXFocusedWindowChanged") {
-        resync();
-    } else if (notification == "AXWindowMoved" || notification == "AXWindowResized") {
-        refreshCloseButton(element, 1);
-    } else if (notification == "AXUIElementDestroyed") {
-        WindowRef ref{element};
-        auto watched = watchedWindows_.find(ref);
-        if (watched == watchedWindows_.end()) return;
-        watchedWindows_.erase(watched);
-
-        std::optional<Rect> frame;
-        if (auto it = frames_.find(ref); it != frames_.end()) {
-            frame = it->second;
-            forgetFrame(ref);
-        }
-        std::optional<CloseButtonMiss> miss;
-        if (auto it = misses_.find(ref); it != misses_.end()) {
-            miss = it->second;
-            misses_.erase(it);
-        }
-        bool wasStandard = confirmedStandard_.erase(ref) != 0;
-        noted_.erase(ref);
-
-        // Never confirmed standard: never reported. Custom chrome: never reported either.
-        if (!wasStandard) return;
-        if (!frame && miss && miss->kind == CloseButtonMiss::Kind::unsupported) return;
-        engine_.windowDestroyed(ref, shared_from_this(), frame.has_value(), miss);
+    std::optional<AXNotification> known = axNotificationNamed(notification);
+    if (!known) return;
+    switch (*known) {
+        case AXNotification::windowCreated:
+            watch(element);
+            return;
+        case AXNotification::focusedWindowChanged:
+            resync();
+            return;
+        case AXNotification::windowMoved:
+        case AXNotification::windowResized:
+            refreshCloseButton(element, 1);
+            return;
+        case AXNotification::elementDestroyed:
+            windowDestroyed(element);
+            return;
     }
+}
+
+void AppWatcher::windowDestroyed(const AXElement& element) {
+    WindowRef ref{element};
+    auto watched = watchedWindows_.find(ref);
+    if (watched == watchedWindows_.end()) return;
+    watchedWindows_.erase(watched);
+
+    std::optional<Rect> frame;
+    if (auto it = frames_.find(ref); it != frames_.end()) {
+        frame = it->second;
+        forgetFrame(ref);
+    }
+    std::optional<CloseButtonMiss> miss;
+    if (auto it = misses_.find(ref); it != misses_.end()) {
+        miss = it->second;
+        misses_.erase(it);
+    }
+    bool wasStandard = confirmedStandard_.erase(ref) != 0;
+    noted_.erase(ref);
+
+    // Never confirmed standard: never reported. Custom chrome: never reported either.
+    if (!wasStandard) return;
+    if (!frame && miss && miss->kind == CloseButtonMiss::Kind::unsupported) return;
+    engine_.windowDestroyed(ref, shared_from_this(), frame.has_value(), miss);
 }
 
 void AppWatcher::resync() {

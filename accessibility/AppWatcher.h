@@ -106,6 +106,8 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     void registerWindowNotifications(const AXElement& window, std::vector<std::string> names,
                                      int attempt);
     void handle(const std::string& notification, const AXElement& element);
+    // A watched window's "AXUIElementDestroyed": forgets it, and reports it to the engine.
+    void windowDestroyed(const AXElement& element);
     bool refreshCloseButton(const AXElement& window, int attempt);
     void storeFrame(const WindowRef& ref, Rect frame);
     void forgetFrame(const WindowRef& ref);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "platform/AXNotifications.h"
 #include "sim/SimState.h"
 
 namespace quelto::sim {
@@ -279,16 +280,17 @@ void SimDesktop::State::destroyWindow(ElementId id, bool notify) {
         if (Element* sheet = find(s)) {
             if (!sheet->alive) continue;
             sheet->alive = false;
-            if (notify) post(s, "AXUIElementDestroyed", s);
+            if (notify) post(s, std::string(nameOf(AXNotification::elementDestroyed)), s);
         }
     }
     if (!notify) return;
-    post(id, "AXUIElementDestroyed", id);
+    post(id, std::string(nameOf(AXNotification::elementDestroyed)), id);
     // The application's next window takes the focus, and says so.
     if (wasFocused) {
         auto next = focusedWindowOf(pid);
         const AppRecord* app = runningApp(pid);
-        if (next && app) post(app->appElement, "AXFocusedWindowChanged", *next);
+        if (next && app)
+            post(app->appElement, std::string(nameOf(AXNotification::focusedWindowChanged)), *next);
     }
 }
 
@@ -353,7 +355,7 @@ ElementId SimDesktop::addWindow(Pid pid, const WindowSpec& desc, bool notify) {
     s.zOrder.insert(s.zOrder.begin(), id);
     if (notify) {
         if (const AppRecord* app = s.runningApp(pid))
-            s.post(app->appElement, "AXWindowCreated", id);
+            s.post(app->appElement, std::string(nameOf(AXNotification::windowCreated)), id);
     }
     return id;
 }
@@ -367,7 +369,7 @@ void SimDesktop::destroyWindow(ElementId window) {
             list.erase(std::remove(list.begin(), list.end(), window), list.end());
         }
         sheet->alive = false;
-        s.post(window, "AXUIElementDestroyed", window);
+        s.post(window, std::string(nameOf(AXNotification::elementDestroyed)), window);
         return;
     }
     Element* w = s.liveWindow(window);
@@ -385,14 +387,14 @@ void SimDesktop::moveWindow(ElementId window, Point origin) {
     Element* w = state_->liveWindow(window);
     if (!w) return;
     w->desc.frame.origin = origin;
-    state_->post(window, "AXWindowMoved", window);
+    state_->post(window, std::string(nameOf(AXNotification::windowMoved)), window);
 }
 
 void SimDesktop::resizeWindow(ElementId window, Size size) {
     Element* w = state_->liveWindow(window);
     if (!w) return;
     w->desc.frame.size = size;
-    state_->post(window, "AXWindowResized", window);
+    state_->post(window, std::string(nameOf(AXNotification::windowResized)), window);
 }
 
 void SimDesktop::focusWindow(ElementId window) {
@@ -402,7 +404,7 @@ void SimDesktop::focusWindow(ElementId window) {
     s.zOrder.erase(std::remove(s.zOrder.begin(), s.zOrder.end(), window), s.zOrder.end());
     s.zOrder.insert(s.zOrder.begin(), window);
     if (const AppRecord* app = s.runningApp(w->pid))
-        s.post(app->appElement, "AXFocusedWindowChanged", window);
+        s.post(app->appElement, std::string(nameOf(AXNotification::focusedWindowChanged)), window);
 }
 
 ElementId SimDesktop::showSheet(ElementId window) {
@@ -426,7 +428,7 @@ void SimDesktop::answerSheet(ElementId window, bool closesWindow) {
     ElementId sheet = w->sheets.back();
     w->sheets.pop_back();
     if (Element* e = s.find(sheet)) e->alive = false;
-    s.post(sheet, "AXUIElementDestroyed", sheet);
+    s.post(sheet, std::string(nameOf(AXNotification::elementDestroyed)), sheet);
     if (closesWindow) s.scheduleClose(window);
 }
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+#include "platform/AXNotifications.h"
 #include "sim/SimState.h"
 
 namespace quelto::sim {
@@ -46,7 +47,8 @@ void SimDesktop::State::raise(ElementId id) {
     auto after = focusedWindowOf(w->pid);
     if (after && after != before) {
         if (const AppRecord* app = runningApp(w->pid))
-            post(app->appElement, "AXFocusedWindowChanged", *after);
+            post(app->appElement, std::string(nameOf(AXNotification::focusedWindowChanged)),
+                 *after);
     }
 }
 
@@ -127,7 +129,7 @@ void SimDesktop::minimizeWindow(ElementId window) {
     if (!wasFocused) return;
     auto next = s.focusedWindowOf(pid);
     if (const AppRecord* app = s.runningApp(pid); app && next)
-        s.post(app->appElement, "AXFocusedWindowChanged", *next);
+        s.post(app->appElement, std::string(nameOf(AXNotification::focusedWindowChanged)), *next);
 }
 
 void SimDesktop::restoreWindow(ElementId window) {
@@ -185,8 +187,8 @@ void SimDesktop::enterFullScreen(ElementId window) {
     s.currentSpace = w->space;
     s.activate(w->pid, false);
     s.raise(window);
-    s.post(window, "AXWindowMoved", window);
-    s.post(window, "AXWindowResized", window);
+    s.post(window, std::string(nameOf(AXNotification::windowMoved)), window);
+    s.post(window, std::string(nameOf(AXNotification::windowResized)), window);
 }
 
 void SimDesktop::exitFullScreen(ElementId window) {
@@ -199,8 +201,8 @@ void SimDesktop::exitFullScreen(ElementId window) {
     s.currentSpace = w->space;
     s.activate(w->pid, false);
     s.raise(window);
-    s.post(window, "AXWindowMoved", window);
-    s.post(window, "AXWindowResized", window);
+    s.post(window, std::string(nameOf(AXNotification::windowMoved)), window);
+    s.post(window, std::string(nameOf(AXNotification::windowResized)), window);
 }
 
 bool SimDesktop::isFullScreen(ElementId window) const {

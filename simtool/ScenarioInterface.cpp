@@ -10,11 +10,11 @@
 #include "app/MenuRendering.h"
 #include "app/StatusItemModel.h"
 #include "platform/BuildSettings.h"
+#include "sim/SimApplicationHost.h"
 #include "simtool/ScenarioInterfaceSupport.h"
 #include "simtool/ScenarioParserContext.h"
 #include "simtool/ScenarioRunner.h"
 #include "simtool/ScenarioValues.h"
-#include "simtool/SimApplicationHost.h"
 #include "ui/MainWindowModel.h"
 #include "ui/TabRendering.h"
 

@@ -6,11 +6,11 @@
 #include "app/AppController.h"
 #include "app/MenuRendering.h"
 #include "app/StatusItemModel.h"
+#include "sim/SimApplicationHost.h"
 #include "simtool/ScenarioInterfaceSupport.h"
 #include "simtool/ScenarioParserContext.h"
 #include "simtool/ScenarioRunner.h"
 #include "simtool/ScenarioValues.h"
-#include "simtool/SimApplicationHost.h"
 #include "ui/MainWindowModel.h"
 #include "ui/TabRendering.h"
 

@@ -6,9 +6,9 @@
 #include <algorithm>
 
 #include "app/AppController.h"
+#include "sim/SimApplicationHost.h"
 #include "simtool/ScenarioRunner.h"
 #include "simtool/ScenarioValues.h"
-#include "simtool/SimApplicationHost.h"
 
 namespace quelto::simtool {
 

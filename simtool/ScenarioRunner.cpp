@@ -14,10 +14,10 @@
 #include "settings/ConfigStore.h"
 #include "settings/HomeDirectory.h"
 #include "settings/Log.h"
+#include "sim/SimApplicationHost.h"
 #include "simtool/RunReport.h"
 #include "simtool/ScenarioTokens.h"
 #include "simtool/ScenarioValues.h"
-#include "simtool/SimApplicationHost.h"
 
 namespace quelto::simtool {
 
@@ -278,7 +278,7 @@ void ScenarioRunner::startQuelto(int line) {
     if (started_) return error(line, "Quelto is already running");
     started_ = true;
     const Pid own = scenario_.ownPid;
-    host_ = std::make_unique<SimApplicationHost>(
+    host_ = std::make_unique<sim::SimApplicationHost>(
         [this, own] {
             if (desktop_->isRunning(own)) desktop_->setFrontmost(own);
         },

@@ -23,9 +23,11 @@ class Engine;
 class AppController;
 }  // namespace quelto
 
-namespace quelto::simtool {
-
+namespace quelto::sim {
 class SimApplicationHost;
+}  // namespace quelto::sim
+
+namespace quelto::simtool {
 
 // Something the scenario asked to see: the menu, a settings tab, the pasteboard…
 struct Screen {
@@ -113,7 +115,7 @@ class ScenarioRunner final : private sim::UserScript {
     void startQuelto(int line);
     bool quelto_started() const { return started_; }
     AppController* appController() const { return controller_.get(); }
-    SimApplicationHost* host() const { return host_.get(); }
+    sim::SimApplicationHost* host() const { return host_.get(); }
 
     // The configuration file, written as a person's editor writes it (none: deleted).
     void writeConfig(const std::optional<std::string>& text);
@@ -144,7 +146,7 @@ class ScenarioRunner final : private sim::UserScript {
 
     const Scenario& scenario_;
     std::unique_ptr<sim::SimDesktop> desktop_;
-    std::unique_ptr<SimApplicationHost> host_;
+    std::unique_ptr<sim::SimApplicationHost> host_;
     std::shared_ptr<AppController> controller_;
     std::map<std::string, App> apps_;
     std::map<std::pair<std::string, std::string>, sim::ElementId> windows_;

@@ -1,6 +1,6 @@
-#include "simtool/SimApplicationHost.h"
+#include "sim/SimApplicationHost.h"
 
-namespace quelto::simtool {
+namespace quelto::sim {
 
 SimApplicationHost::SimApplicationHost(std::function<void()> onActivate,
                                        std::function<void(ActivationPolicy)> onPolicyChange)
@@ -40,4 +40,4 @@ void SimApplicationHost::showSettingsWindow() {
     visible_ = true;
 }
 
-}  // namespace quelto::simtool
+}  // namespace quelto::sim

@@ -1,6 +1,6 @@
 #pragma once
-// The application framework as quelto-sim plays it: the start-up controller's host, keeping
-// a record of what a person would see (the Dock icon, the main menu, the status item and
+// The application framework as the simulated desktop plays it: the start-up controller's host,
+// keeping a record of what a person would see (the Dock icon, the main menu, the status item and
 // the settings window) instead of drawing it.
 
 #include <memory>
@@ -11,7 +11,7 @@
 #include "app/StatusItemModel.h"
 #include "ui/MainWindowModel.h"
 
-namespace quelto::simtool {
+namespace quelto::sim {
 
 class SimApplicationHost final : public ApplicationHost {
   public:
@@ -53,4 +53,4 @@ class SimApplicationHost final : public ApplicationHost {
     int activations_ = 0;
 };
 
-}  // namespace quelto::simtool
+}  // namespace quelto::sim
