@@ -5,13 +5,13 @@
 
 namespace quelto {
 
-AXCopyResult axCopyChecked(const AXElement& element, const std::string& attribute) {
+Read<AXValue> axCopyChecked(const AXElement& element, const std::string& attribute) {
     // A null element is what the platform calls an illegal argument; there is no round trip.
-    if (!element) return AXCopyResult{std::nullopt, axerror::illegalArgument};
+    if (!element) return Read<AXValue>{std::nullopt, axerror::illegalArgument};
     std::optional<AXValue> value;
     AXError error = element->copyAttributeValue(attribute, value);
-    if (!error.isSuccess()) return AXCopyResult{std::nullopt, error};
-    return AXCopyResult{std::move(value), error};
+    if (!error.isSuccess()) return Read<AXValue>{std::nullopt, error};
+    return Read<AXValue>{std::move(value), error};
 }
 
 std::optional<AXValue> axCopy(const AXElement& element, const std::string& attribute) {
@@ -44,29 +44,30 @@ AXElement axElement(const AXElement& element, const std::string& attribute) {
     return nullptr;
 }
 
-AXElementsResult axElementsChecked(const AXElement& element, const std::string& attribute) {
-    AXCopyResult read = axCopyChecked(element, attribute);
+Read<std::vector<AXElement>> axElementsChecked(const AXElement& element,
+                                               const std::string& attribute) {
+    using List = Read<std::vector<AXElement>>;
+    Read<AXValue> read = axCopyChecked(element, attribute);
     // A success that brings no value says nothing either: it is no value, not an empty list.
     if (!read.value)
-        return AXElementsResult{std::nullopt,
-                                read.error.isSuccess() ? axerror::noValue : read.error};
+        return List{std::nullopt, read.error.isSuccess() ? axerror::noValue : read.error};
     auto* array = read.value->get<AXArray>();
-    if (!array) return AXElementsResult{std::nullopt, axerror::failure};
+    if (!array) return List{std::nullopt, axerror::failure};
     std::vector<AXElement> out;
     out.reserve(array->size());
     for (const AXValue& item : *array) {
         // The list is taken whole or not at all: one item that is no element spoils it.
         auto* e = item.get<AXElement>();
-        if (!e || !*e) return AXElementsResult{std::nullopt, axerror::failure};
+        if (!e || !*e) return List{std::nullopt, axerror::failure};
         out.push_back(*e);
     }
-    return AXElementsResult{std::move(out), read.error};
+    return List{std::move(out), read.error};
 }
 
 std::vector<AXElement> axElements(const AXElement& element, const std::string& attribute) {
-    AXElementsResult read = axElementsChecked(element, attribute);
-    if (!read.elements) return {};
-    return std::move(*read.elements);
+    Read<std::vector<AXElement>> read = axElementsChecked(element, attribute);
+    if (!read.value) return {};
+    return std::move(*read.value);
 }
 
 std::optional<Point> axPoint(const AXElement& element, const std::string& attribute) {

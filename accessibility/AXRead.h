@@ -12,13 +12,20 @@
 
 namespace quelto {
 
-struct AXCopyResult {
-    std::optional<AXValue> value;
-    AXError error;
+// A read that says why it failed: the value, or none with the reason in `error` (which is
+// success when the platform answered but gave nothing usable).
+template <typename T>
+struct Read {
+    std::optional<T> value;
+    AXError error = axerror::success;
+
+    bool has_value() const { return value.has_value(); }
+    const T& operator*() const { return *value; }
+    const T* operator->() const { return &*value; }
 };
 
 std::optional<AXValue> axCopy(const AXElement& element, const std::string& attribute);
-AXCopyResult axCopyChecked(const AXElement& element, const std::string& attribute);
+Read<AXValue> axCopyChecked(const AXElement& element, const std::string& attribute);
 std::optional<std::string> axString(const AXElement& element, const std::string& attribute);
 std::optional<bool> axBool(const AXElement& element, const std::string& attribute);
 AXElement axElement(const AXElement& element, const std::string& attribute);  // nullptr: none
@@ -26,11 +33,8 @@ std::vector<AXElement> axElements(const AXElement& element, const std::string& a
 // The same list, or none with the reason it could not be had: the read's error (`noValue`
 // for a success without a value), or `failure` when the value is not a list of elements.
 // An empty list read is a list.
-struct AXElementsResult {
-    std::optional<std::vector<AXElement>> elements;
-    AXError error;
-};
-AXElementsResult axElementsChecked(const AXElement& element, const std::string& attribute);
+Read<std::vector<AXElement>> axElementsChecked(const AXElement& element,
+                                               const std::string& attribute);
 std::optional<Point> axPoint(const AXElement& element, const std::string& attribute);
 std::optional<Size> axSize(const AXElement& element, const std::string& attribute);
 // "AXPosition", then "AXSize"; no size read when the position read fails.

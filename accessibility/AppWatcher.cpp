@@ -160,24 +160,25 @@ std::vector<AXElement> AppWatcher::standardWindows() const {
 }
 
 std::vector<AXElement> AppWatcher::userWindows() const {
-    return readUserWindows().windows;
+    Read<std::vector<AXElement>> list = readUserWindows();
+    return list.value ? std::move(*list.value) : std::vector<AXElement>{};
 }
 
-AppWatcher::UserWindowList AppWatcher::readUserWindows() const {
-    AXElementsResult list = axElementsChecked(appElement_, "AXWindows");
-    if (!list.elements) return UserWindowList{{}, false, list.error};
-    UserWindowList out;
-    for (const AXElement& window : *list.elements) {
+Read<std::vector<AXElement>> AppWatcher::readUserWindows() const {
+    Read<std::vector<AXElement>> list = axElementsChecked(appElement_, "AXWindows");
+    if (!list.value) return list;
+    std::vector<AXElement> windows;
+    for (const AXElement& window : *list.value) {
         if (standardness(window).kind != Standardness::Kind::standard) continue;
         // Only a window that positively has no close button is left out; a slow application
         // (time-out, cannot-complete, no value) keeps its windows.
-        AXCopyResult button = axCopyChecked(window, "AXCloseButton");
+        Read<AXValue> button = axCopyChecked(window, "AXCloseButton");
         if (!button.value &&
             (button.error == axerror::attributeUnsupported || button.error == axerror::noValue))
             continue;
-        out.windows.push_back(window);
+        windows.push_back(window);
     }
-    return out;
+    return Read<std::vector<AXElement>>{std::move(windows), list.error};
 }
 
 }  // namespace quelto

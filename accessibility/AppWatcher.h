@@ -10,6 +10,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "accessibility/AXRead.h"
 #include "accessibility/CloseButtonMiss.h"
 #include "accessibility/WindowRef.h"
 #include "platform/Accessibility.h"
@@ -64,14 +65,9 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     std::vector<AXElement> standardWindows() const;
     std::vector<AXElement> userWindows() const;
     // The user windows, with how the read of the list went: when "AXWindows" cannot be read
-    // `known` is false and `error` says why, so that an unreadable list is never taken for an
+    // there is no list and `error` says why, so that an unreadable list is never taken for an
     // application with no windows. One read of the list, as `userWindows()`.
-    struct UserWindowList {
-        std::vector<AXElement> windows;
-        bool known = true;
-        AXError error = axerror::success;
-    };
-    UserWindowList readUserWindows() const;
+    Read<std::vector<AXElement>> readUserWindows() const;
     std::size_t trackedWindowCount() const { return watchedWindows_.size(); }
 
     // Catches up on windows the notifications missed; never drops a window.

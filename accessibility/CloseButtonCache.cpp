@@ -74,7 +74,7 @@ bool AppWatcher::refreshCloseButton(const AXElement& window, int attempt) {
             break;
         case Standardness::Kind::standard: {
             confirmedStandard_.insert(ref);
-            AXCopyResult read = axCopyChecked(window, "AXCloseButton");
+            Read<AXValue> read = axCopyChecked(window, "AXCloseButton");
             const AXElement* button = read.value ? read.value->get<AXElement>() : nullptr;
             if (button && *button) {
                 std::optional<bool> enabled = axBool(*button, "AXEnabled");

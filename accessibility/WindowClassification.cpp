@@ -8,14 +8,14 @@
 namespace quelto {
 
 Standardness standardness(const AXElement& element) {
-    AXCopyResult role = axCopyChecked(element, "AXRole");
+    Read<AXValue> role = axCopyChecked(element, "AXRole");
     if (!role.error.isSuccess()) return Standardness::unreadable(role.error);
     const std::string* roleText = role.value ? role.value->get<std::string>() : nullptr;
     // A role that can't be read as text is not declared non-standard: unreadable, not other.
     if (!roleText) return Standardness::unreadable(axerror::success);
     if (*roleText != "AXWindow") return Standardness::other();
 
-    AXCopyResult subrole = axCopyChecked(element, "AXSubrole");
+    Read<AXValue> subrole = axCopyChecked(element, "AXSubrole");
     if (subrole.error == axerror::attributeUnsupported || subrole.error == axerror::noValue)
         return Standardness::standard();  // a window without a subrole counts as standard
     if (!subrole.error.isSuccess()) return Standardness::unreadable(subrole.error);

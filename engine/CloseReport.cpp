@@ -33,7 +33,7 @@ std::optional<CloseFacts> Engine::gatherFacts(const PendingReport& gathered,
     facts.closes = gathered;
 
     watcher->resync();
-    AppWatcher::UserWindowList remaining = watcher->readUserWindows();
+    Read<std::vector<AXElement>> remaining = watcher->readUserWindows();
 
     // The built-in protection comes before the configuration is even read.
     facts.neverQuit = neverQuitBundleIDs().count(watcher->bundleID) != 0;
@@ -42,16 +42,16 @@ std::optional<CloseFacts> Engine::gatherFacts(const PendingReport& gathered,
 
     // Accessibility lists only this Space's windows. In last-window mode, those the window
     // server shows on other Spaces or in full screen remain too.
-    if (config && config->mode == Config::Mode::lastWindow && remaining.known &&
+    if (config && config->mode == Config::Mode::lastWindow && remaining.value &&
         context_.windowServer)
         facts.windowsElsewhere =
-            windowsOnOtherSpaces(*context_.windowServer, watcher->pid, remaining.windows);
+            windowsOnOtherSpaces(*context_.windowServer, watcher->pid, *remaining.value);
 
     // A list that could not be read is unknown, never zero windows.
-    if (remaining.known) {
+    if (remaining.value) {
         std::vector<RemainingWindow> windows;
-        windows.reserve(remaining.windows.size());
-        for (const auto& window : remaining.windows)
+        windows.reserve(remaining.value->size());
+        for (const auto& window : *remaining.value)
             windows.push_back(RemainingWindow{windowTitle(window), subroleDescription(window)});
         facts.windows = std::move(windows);
     } else {

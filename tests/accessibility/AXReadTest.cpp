@@ -27,7 +27,7 @@ class AXReadTest : public ::testing::Test {
 TEST_F(AXReadTest, ReadSucceedingWithNoValue) {
     desktop.setAttribute(window, "AXThing", std::nullopt);
     EXPECT_EQ(axCopy(element, "AXThing"), std::nullopt);
-    AXCopyResult checked = axCopyChecked(element, "AXThing");
+    Read<AXValue> checked = axCopyChecked(element, "AXThing");
     EXPECT_EQ(checked.value, std::nullopt);
     EXPECT_EQ(checked.error, axerror::success);
     EXPECT_TRUE(axElements(element, "AXThing").empty());
@@ -59,7 +59,7 @@ TEST_F(AXReadTest, EachReaderMakesExactlyOneRoundTrip) {
 
 TEST_F(AXReadTest, CheckedReadHandsBackTheError) {
     desktop.injectError(window, "AXTitle", axerror::cannotComplete);
-    AXCopyResult checked = axCopyChecked(element, "AXTitle");
+    Read<AXValue> checked = axCopyChecked(element, "AXTitle");
     EXPECT_EQ(checked.value, std::nullopt);
     EXPECT_EQ(checked.error, axerror::cannotComplete);
     checked = axCopyChecked(element, "AXTitle");
@@ -72,7 +72,7 @@ TEST_F(AXReadTest, ValueFilledInAlongsideAnErrorIsDiscarded) {
     desktop.setAttributeResult(window, "AXTitle", axerror::failure, AXValue("stale"));
     desktop.setAttributeResult(window, "AXPosition", axerror::cannotComplete, AXValue(Point{1, 2}));
     EXPECT_EQ(axCopy(element, "AXTitle"), std::nullopt);
-    AXCopyResult checked = axCopyChecked(element, "AXTitle");
+    Read<AXValue> checked = axCopyChecked(element, "AXTitle");
     EXPECT_EQ(checked.value, std::nullopt);
     EXPECT_EQ(checked.error, axerror::failure);
     EXPECT_EQ(axString(element, "AXTitle"), std::nullopt);

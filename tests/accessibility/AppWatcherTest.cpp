@@ -7,6 +7,7 @@
 
 #include "accessibility/WindowClassification.h"
 #include "tests/accessibility/WatcherFixture.h"
+#include "tests/support/AXNames.h"
 
 namespace quelto::testing {
 namespace {
@@ -76,14 +77,14 @@ TEST_F(WatcherTest, ObserverOnTheRunLoopWithRegistrationsInOrder) {
     ElementId app = desktop.applicationElementId(pid);
     using R = std::vector<std::pair<ElementId, std::string>>;
     // Windows in "AXWindows" order: front to back, so B first.
-    EXPECT_EQ(desktop.registrations(pid), (R{{app, "AXWindowCreated"},
-                                             {app, "AXFocusedWindowChanged"},
-                                             {b, "AXUIElementDestroyed"},
-                                             {b, "AXWindowMoved"},
-                                             {b, "AXWindowResized"},
-                                             {a, "AXUIElementDestroyed"},
-                                             {a, "AXWindowMoved"},
-                                             {a, "AXWindowResized"}}));
+    EXPECT_EQ(desktop.registrations(pid), (R{{app, axWindowCreated},
+                                             {app, axFocusedWindowChanged},
+                                             {b, axElementDestroyed},
+                                             {b, axWindowMoved},
+                                             {b, axWindowResized},
+                                             {a, axElementDestroyed},
+                                             {a, axWindowMoved},
+                                             {a, axWindowResized}}));
     for (void* refcon : desktop.registrationRefcons(pid)) EXPECT_EQ(refcon, watcher.get());
     EXPECT_EQ(watcher->trackedWindowCount(), 2u);
 }
@@ -126,9 +127,9 @@ TEST_F(WatcherTest, WindowCreatedStartsWatching) {
     EXPECT_FALSE(watcher->isWatched(ref(w)));
     desktop.runDue();
     EXPECT_TRUE(watcher->isWatched(ref(w)));
-    EXPECT_EQ(desktop.registrationCount(w, "AXUIElementDestroyed"), 1u);
-    EXPECT_EQ(desktop.registrationCount(w, "AXWindowMoved"), 1u);
-    EXPECT_EQ(desktop.registrationCount(w, "AXWindowResized"), 1u);
+    EXPECT_EQ(desktop.registrationCount(w, axElementDestroyed), 1u);
+    EXPECT_EQ(desktop.registrationCount(w, axWindowMoved), 1u);
+    EXPECT_EQ(desktop.registrationCount(w, axWindowResized), 1u);
     EXPECT_TRUE(watcher->closeButtonFrames().count(ref(w)));
 }
 
@@ -137,7 +138,7 @@ TEST_F(WatcherTest, WindowCreatedForAWatchedWindowDoesNothingAgain) {
     auto watcher = makeWatcher();
     std::uint64_t requests = desktop.notificationRequestCount();
     desktop.resetCounters();
-    desktop.postNotification(desktop.applicationElementId(pid), "AXWindowCreated", w);
+    desktop.postNotification(desktop.applicationElementId(pid), axWindowCreated, w);
     desktop.runDue();
     EXPECT_EQ(desktop.notificationRequestCount(), requests);
     EXPECT_EQ(desktop.accessibilityReadCount(), 0u);
@@ -174,7 +175,7 @@ TEST_F(WatcherTest, MovedForAnUnwatchedWindowIsIgnored) {
     auto watcher = makeWatcher();
     ElementId w = addWindow("Quiet", Rect{{100, 100}, {800, 600}}, false);
     desktop.resetCounters();
-    desktop.postNotification(w, "AXWindowMoved", w);  // no registration: nothing arrives
+    desktop.postNotification(w, axWindowMoved, w);  // no registration: nothing arrives
     desktop.runDue();
     EXPECT_EQ(desktop.accessibilityReadCount(), 0u);
     EXPECT_FALSE(watcher->isWatched(ref(w)));
@@ -289,7 +290,7 @@ TEST_F(WatcherTest, DestroyedForAnUnknownWindowIsIgnored) {
     auto watcher = makeWatcher();
     ElementId stranger = addWindow("Stranger", Rect{{0, 0}, {10, 10}}, false);
     UnusedObserver none;
-    AppWatcher::observerCallback(none, desktop.element(stranger), "AXUIElementDestroyed",
+    AppWatcher::observerCallback(none, desktop.element(stranger), axElementDestroyed,
                                  watcher.get());
     EXPECT_TRUE(sink.reports.empty());
     EXPECT_TRUE(watcher->isWatched(ref(w)));
@@ -301,7 +302,7 @@ TEST_F(WatcherTest, UnknownNotificationsAndNullRefconsAreIgnored) {
     desktop.resetCounters();
     UnusedObserver none;
     AppWatcher::observerCallback(none, desktop.element(w), "AXTitleChanged", watcher.get());
-    AppWatcher::observerCallback(none, desktop.element(w), "AXUIElementDestroyed", nullptr);
+    AppWatcher::observerCallback(none, desktop.element(w), axElementDestroyed, nullptr);
     AppWatcher::observerCallback(none, desktop.element(w), "axuielementdestroyed", watcher.get());
     EXPECT_TRUE(watcher->isWatched(ref(w)));
     EXPECT_TRUE(sink.reports.empty());

@@ -65,7 +65,8 @@ TEST_F(WatcherTest, HitTestFollowsMovesAndDestruction) {
 TEST_F(WatcherTest, HitTestAmongManyWindows) {
     std::vector<ElementId> windows;
     for (int i = 0; i < 12; ++i)
-        windows.push_back(addWindow("W" + std::to_string(i), Rect{{i * 100.0, 0}, {90, 90}}));
+        windows.push_back(addWindow(std::string(1, 'W').append(std::to_string(i)),
+                                    Rect{{i * 100.0, 0}, {90, 90}}));
     auto watcher = makeWatcher();
     desktop.destroyWindow(windows[3]);
     desktop.destroyWindow(windows[0]);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/accessibility/WatcherFixture.h"
+#include "tests/support/AXNames.h"
 
 namespace quelto::testing {
 namespace {
@@ -38,7 +39,7 @@ TEST_F(RegistrationRetries, AppLevelRegistrationsRefusedTwiceAreTakenHalfASecond
     EXPECT_TRUE(desktop.registrations(pid).empty());
     desktop.advance(0.2);
     EXPECT_EQ(desktop.registrations(pid),
-              (Registrations{{app(), "AXWindowCreated"}, {app(), "AXFocusedWindowChanged"}}));
+              (Registrations{{app(), axWindowCreated}, {app(), axFocusedWindowChanged}}));
 
     // A window created from then on is announced and watched.
     ElementId w = addWindow("Later");
@@ -50,10 +51,10 @@ TEST_F(RegistrationRetries, AppLevelRegistrationsRefusedTwiceAreTakenHalfASecond
 TEST_F(RegistrationRetries, OnlyTheRefusedRegistrationIsTriedAgain) {
     refuse(app(), 1);  // the first, AXWindowCreated
     auto watcher = makeWatcher();
-    EXPECT_EQ(desktop.registrations(pid), (Registrations{{app(), "AXFocusedWindowChanged"}}));
+    EXPECT_EQ(desktop.registrations(pid), (Registrations{{app(), axFocusedWindowChanged}}));
     desktop.advance(0.5);
     EXPECT_EQ(desktop.registrations(pid),
-              (Registrations{{app(), "AXFocusedWindowChanged"}, {app(), "AXWindowCreated"}}));
+              (Registrations{{app(), axFocusedWindowChanged}, {app(), axWindowCreated}}));
 }
 
 TEST_F(RegistrationRetries, TriesFiveTimesOnTheScheduleThenLogsOnce) {
@@ -101,11 +102,11 @@ TEST_F(RegistrationRetries, AWindowsRegistrationsAreTriedAgainUntilItCloses) {
     ElementId w = addWindow("Report");
     refuse(w, 3);  // all three of the window's registrations, once
     auto watcher = makeWatcher();
-    EXPECT_EQ(desktop.registrationCount(w, "AXUIElementDestroyed"), 0u);
+    EXPECT_EQ(desktop.registrationCount(w, axElementDestroyed), 0u);
     desktop.advance(0.5);
-    EXPECT_EQ(desktop.registrationCount(w, "AXUIElementDestroyed"), 1u);
-    EXPECT_EQ(desktop.registrationCount(w, "AXWindowMoved"), 1u);
-    EXPECT_EQ(desktop.registrationCount(w, "AXWindowResized"), 1u);
+    EXPECT_EQ(desktop.registrationCount(w, axElementDestroyed), 1u);
+    EXPECT_EQ(desktop.registrationCount(w, axWindowMoved), 1u);
+    EXPECT_EQ(desktop.registrationCount(w, axWindowResized), 1u);
 
     // Its close is seen.
     desktop.closeWindowWithoutClick(w);

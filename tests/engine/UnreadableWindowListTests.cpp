@@ -138,15 +138,14 @@ TEST_F(UnreadableWindowListTest, TheWatcherReportsTheListAsUnknownWithTheError) 
     auto watcher = watcherOf(textEdit);
     ASSERT_TRUE(watcher);
     failWindowListAtDecision(1);
-    AppWatcher::UserWindowList list = watcher->readUserWindows();
-    EXPECT_FALSE(list.known);
+    Read<std::vector<AXElement>> list = watcher->readUserWindows();
+    EXPECT_FALSE(list.value.has_value());
     EXPECT_EQ(list.error, axerror::cannotComplete);
-    EXPECT_TRUE(list.windows.empty());
 
     list = watcher->readUserWindows();
-    EXPECT_TRUE(list.known);
+    EXPECT_TRUE(list.value.has_value());
     EXPECT_EQ(list.error, axerror::success);
-    EXPECT_EQ(list.windows.size(), 2u);
+    EXPECT_EQ(list.value->size(), 2u);
     // `userWindows()` is the same list, read the same way.
     failWindowListAtDecision(1);
     EXPECT_TRUE(watcher->userWindows().empty());
@@ -161,8 +160,8 @@ TEST_F(UnreadableWindowListTest, AnAppWithNoWindowsLeftHasAKnownEmptyList) {
     auto watcher = watcherOf(textEdit);
     ASSERT_TRUE(watcher);
     auto list = watcher->readUserWindows();
-    EXPECT_TRUE(list.known);
-    EXPECT_TRUE(list.windows.empty());
+    EXPECT_TRUE(list.value.has_value());
+    EXPECT_TRUE(list.value->empty());
 }
 
 // The checked list reader beneath: a success without a value, or a value that is not a list
@@ -172,31 +171,31 @@ TEST_F(UnreadableWindowListTest, TheCheckedListReaderTellsAnEmptyListFromNoList)
     AXElement element = desktop.applicationElement(textEdit);
 
     desktop.setAttribute(app, "AXWindows", AXValue(AXArray{}));
-    AXElementsResult read = axElementsChecked(element, "AXWindows");
-    ASSERT_TRUE(read.elements.has_value());
-    EXPECT_TRUE(read.elements->empty());
+    Read<std::vector<AXElement>> read = axElementsChecked(element, "AXWindows");
+    ASSERT_TRUE(read.value.has_value());
+    EXPECT_TRUE(read.value->empty());
     EXPECT_EQ(read.error, axerror::success);
 
     desktop.setAttribute(app, "AXWindows", std::nullopt);
     read = axElementsChecked(element, "AXWindows");
-    EXPECT_FALSE(read.elements.has_value());
+    EXPECT_FALSE(read.value.has_value());
     EXPECT_EQ(read.error, axerror::noValue);
 
     desktop.setAttribute(app, "AXWindows", AXValue(std::string("not a list")));
     read = axElementsChecked(element, "AXWindows");
-    EXPECT_FALSE(read.elements.has_value());
+    EXPECT_FALSE(read.value.has_value());
     EXPECT_EQ(read.error, axerror::failure);
 
     desktop.setAttribute(app, "AXWindows", AXValue(AXArray{AXValue(std::string("x"))}));
     read = axElementsChecked(element, "AXWindows");
-    EXPECT_FALSE(read.elements.has_value());
+    EXPECT_FALSE(read.value.has_value());
     EXPECT_EQ(read.error, axerror::failure);
     EXPECT_TRUE(axElements(element, "AXWindows").empty());
 
     desktop.clearAttribute(app, "AXWindows");
     read = axElementsChecked(element, "AXWindows");
-    ASSERT_TRUE(read.elements.has_value());
-    EXPECT_EQ(read.elements->size(), 2u);
+    ASSERT_TRUE(read.value.has_value());
+    EXPECT_EQ(read.value->size(), 2u);
 }
 
 }  // namespace

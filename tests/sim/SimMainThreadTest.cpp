@@ -10,6 +10,7 @@
 
 #include "sim/SimDesktop.h"
 #include "tests/sim/Specs.h"
+#include "tests/support/AXNames.h"
 
 namespace quelto::sim {
 namespace {
@@ -180,10 +181,10 @@ TEST_F(SimMainThread, ObserverSourcesInTheCommonModesFireUnderAnAlertAndAMenu) {
     AXError error;
     auto observer = desktop.createObserver(42, &record, error);
     observer->addRunLoopSourceToMainRunLoop();
-    observer->addNotification(desktop.element(window), "AXUIElementDestroyed", nullptr);
+    observer->addNotification(desktop.element(window), axElementDestroyed, nullptr);
     desktop.closeWindowWithoutClick(window);
     desktop.runNestedLoop(RunLoopMode::modalPanel, 1.0);
-    EXPECT_EQ(seen, std::vector<std::string>{"AXUIElementDestroyed"});
+    EXPECT_EQ(seen, std::vector<std::string>{axElementDestroyed});
 }
 
 TEST_F(SimMainThread, RefusedRegistrationsCountDownAndAHungAppTimesThemOut) {
@@ -191,14 +192,14 @@ TEST_F(SimMainThread, RefusedRegistrationsCountDownAndAHungAppTimesThemOut) {
     auto observer = desktop.createObserver(42, &record, error);
     AXElement app = desktop.applicationElement(42);
     desktop.injectError(desktop.applicationElementId(42), "register", axerror::cannotComplete, 2);
-    EXPECT_EQ(observer->addNotification(app, "AXWindowCreated", nullptr), axerror::cannotComplete);
-    EXPECT_EQ(observer->addNotification(app, "AXWindowCreated", nullptr), axerror::cannotComplete);
-    EXPECT_EQ(observer->addNotification(app, "AXWindowCreated", nullptr), axerror::success);
-    EXPECT_EQ(desktop.registrationCount(desktop.applicationElementId(42), "AXWindowCreated"), 1u);
+    EXPECT_EQ(observer->addNotification(app, axWindowCreated, nullptr), axerror::cannotComplete);
+    EXPECT_EQ(observer->addNotification(app, axWindowCreated, nullptr), axerror::cannotComplete);
+    EXPECT_EQ(observer->addNotification(app, axWindowCreated, nullptr), axerror::success);
+    EXPECT_EQ(desktop.registrationCount(desktop.applicationElementId(42), axWindowCreated), 1u);
 
     desktop.hangApp(42, std::nullopt);
     double before = now();
-    EXPECT_EQ(observer->addNotification(app, "AXFocusedWindowChanged", nullptr),
+    EXPECT_EQ(observer->addNotification(app, axFocusedWindowChanged, nullptr),
               axerror::cannotComplete);
     EXPECT_DOUBLE_EQ(now() - before, 6.0);
 }

@@ -8,6 +8,7 @@
 
 #include "sim/SimDesktop.h"
 #include "tests/sim/Specs.h"
+#include "tests/support/AXNames.h"
 
 namespace quelto::sim {
 namespace {
@@ -47,13 +48,13 @@ class SimObservers : public ::testing::Test {
 TEST_F(SimObservers, WindowCreatedGoesToTheApplicationRegistrationWithTheWindow) {
     auto observer = observe();
     observer->addRunLoopSourceToMainRunLoop();
-    ASSERT_EQ(observer->addNotification(desktop.applicationElement(42), "AXWindowCreated", &tag),
+    ASSERT_EQ(observer->addNotification(desktop.applicationElement(42), axWindowCreated, &tag),
               axerror::success);
     ElementId w = desktop.addWindow(42, WindowSpec{});
     EXPECT_TRUE(seen.empty());  // delivered on the main queue, not inside addWindow
     desktop.runDue();
     ASSERT_EQ(seen.size(), 1u);
-    EXPECT_EQ(seen[0].notification, "AXWindowCreated");
+    EXPECT_EQ(seen[0].notification, axWindowCreated);
     EXPECT_TRUE(seen[0].element->isSameElement(*desktop.element(w)));
     EXPECT_EQ(seen[0].refcon, &tag);
 }
@@ -62,16 +63,16 @@ TEST_F(SimObservers, PerWindowNotificationsInOrder) {
     auto observer = observe();
     observer->addRunLoopSourceToMainRunLoop();
     ElementId w = desktop.addWindow(42, WindowSpec{}, false);
-    for (const char* n : {"AXUIElementDestroyed", "AXWindowMoved", "AXWindowResized"})
+    for (const std::string& n : {axElementDestroyed, axWindowMoved, axWindowResized})
         ASSERT_EQ(observer->addNotification(desktop.element(w), n, &tag), axerror::success);
     desktop.moveWindow(w, Point{1, 2});
     desktop.resizeWindow(w, Size{3, 4});
     desktop.destroyWindow(w);
     desktop.runDue();
     ASSERT_EQ(seen.size(), 3u);
-    EXPECT_EQ(seen[0].notification, "AXWindowMoved");
-    EXPECT_EQ(seen[1].notification, "AXWindowResized");
-    EXPECT_EQ(seen[2].notification, "AXUIElementDestroyed");
+    EXPECT_EQ(seen[0].notification, axWindowMoved);
+    EXPECT_EQ(seen[1].notification, axWindowResized);
+    EXPECT_EQ(seen[2].notification, axElementDestroyed);
     std::optional<AXValue> v;
     EXPECT_EQ(seen[2].element->copyAttributeValue("AXRole", v), axerror::invalidUIElement);
 }
@@ -81,7 +82,7 @@ TEST_F(SimObservers, FocusedWindowChangedPassesTheWindow) {
     observer->addRunLoopSourceToMainRunLoop();
     ElementId a = desktop.addWindow(42, testing::window("a"), false);
     desktop.addWindow(42, testing::window("b"), false);
-    observer->addNotification(desktop.applicationElement(42), "AXFocusedWindowChanged", &tag);
+    observer->addNotification(desktop.applicationElement(42), axFocusedWindowChanged, &tag);
     desktop.focusWindow(a);
     desktop.runDue();
     ASSERT_EQ(seen.size(), 1u);
@@ -91,7 +92,7 @@ TEST_F(SimObservers, FocusedWindowChangedPassesTheWindow) {
 
 TEST_F(SimObservers, NothingIsDeliveredWithoutTheRunLoopSource) {
     auto observer = observe();
-    observer->addNotification(desktop.applicationElement(42), "AXWindowCreated", &tag);
+    observer->addNotification(desktop.applicationElement(42), axWindowCreated, &tag);
     desktop.addWindow(42, WindowSpec{});
     desktop.runDue();
     EXPECT_TRUE(seen.empty());
@@ -100,7 +101,7 @@ TEST_F(SimObservers, NothingIsDeliveredWithoutTheRunLoopSource) {
 TEST_F(SimObservers, QueuedNotificationsAreDroppedWhenTheSourceIsRemovedOrTheObserverReleased) {
     auto observer = observe();
     observer->addRunLoopSourceToMainRunLoop();
-    observer->addNotification(desktop.applicationElement(42), "AXWindowCreated", &tag);
+    observer->addNotification(desktop.applicationElement(42), axWindowCreated, &tag);
     desktop.addWindow(42, WindowSpec{});
     observer->removeRunLoopSourceFromMainRunLoop();
     desktop.runDue();
@@ -127,16 +128,15 @@ TEST_F(SimObservers, ReleasingAnObserverWithItsSourceAttachedIsCounted) {
 TEST_F(SimObservers, DuplicateRegistrationsAndDeadElementsAreRefused) {
     auto observer = observe();
     ElementId w = desktop.addWindow(42, WindowSpec{}, false);
-    EXPECT_EQ(observer->addNotification(desktop.element(w), "AXWindowMoved", &tag),
-              axerror::success);
-    EXPECT_EQ(observer->addNotification(desktop.element(w), "AXWindowMoved", &tag),
+    EXPECT_EQ(observer->addNotification(desktop.element(w), axWindowMoved, &tag), axerror::success);
+    EXPECT_EQ(observer->addNotification(desktop.element(w), axWindowMoved, &tag),
               axerror::notificationAlreadyRegistered);
-    EXPECT_EQ(desktop.registrationCount(w, "AXWindowMoved"), 1u);
+    EXPECT_EQ(desktop.registrationCount(w, axWindowMoved), 1u);
     desktop.destroyWindow(w);
-    EXPECT_EQ(observer->addNotification(desktop.element(w), "AXWindowResized", &tag),
+    EXPECT_EQ(observer->addNotification(desktop.element(w), axWindowResized, &tag),
               axerror::invalidUIElement);
     EXPECT_EQ(desktop.registrations(42),
-              (std::vector<std::pair<ElementId, std::string>>{{w, "AXWindowMoved"}}));
+              (std::vector<std::pair<ElementId, std::string>>{{w, axWindowMoved}}));
 }
 
 TEST_F(SimObservers, ObserverCreationFailsWithTheApplicationsError) {
@@ -168,7 +168,7 @@ TEST_F(SimObservers, TerminationRemovesWindowsWithoutNotifications) {
     auto observer = observe();
     observer->addRunLoopSourceToMainRunLoop();
     ElementId w = desktop.addWindow(42, WindowSpec{}, false);
-    observer->addNotification(desktop.element(w), "AXUIElementDestroyed", &tag);
+    observer->addNotification(desktop.element(w), axElementDestroyed, &tag);
     desktop.terminateApp(42);
     desktop.runDue();
     EXPECT_TRUE(seen.empty());
@@ -200,15 +200,14 @@ std::vector<std::string> session() {
     AXError error;
     auto observer = d.createObserver(5, &traced, error);
     observer->addRunLoopSourceToMainRunLoop();
-    observer->addNotification(d.applicationElement(5), "AXWindowCreated",
-                              reinterpret_cast<void*>(1));
-    observer->addNotification(d.applicationElement(5), "AXFocusedWindowChanged",
+    observer->addNotification(d.applicationElement(5), axWindowCreated, reinterpret_cast<void*>(1));
+    observer->addNotification(d.applicationElement(5), axFocusedWindowChanged,
                               reinterpret_cast<void*>(2));
     ElementId a = d.addWindow(5, testing::window("a"));
     ElementId b = d.addWindow(5, testing::window("b", Rect{{900, 0}, {100, 100}}));
     for (ElementId w : {a, b}) {
-        observer->addNotification(d.element(w), "AXUIElementDestroyed", reinterpret_cast<void*>(3));
-        observer->addNotification(d.element(w), "AXWindowMoved", reinterpret_cast<void*>(4));
+        observer->addNotification(d.element(w), axElementDestroyed, reinterpret_cast<void*>(3));
+        observer->addNotification(d.element(w), axWindowMoved, reinterpret_cast<void*>(4));
     }
     d.moveWindow(b, Point{800, 0});
     d.focusWindow(a);

@@ -9,6 +9,7 @@
 
 #include "sim/SimDesktop.h"
 #include "tests/sim/Specs.h"
+#include "tests/support/AXNames.h"
 
 namespace quelto::sim {
 namespace {
@@ -104,11 +105,11 @@ TEST_F(SimStacking, APressOnTheRedDotOfAnInactiveWindowNeitherRaisesNorActivates
 
 TEST_F(SimStacking, AClickRaisingAnotherWindowOfTheAppMovesItsFocusAndSaysSo) {
     desktop.setFrontmost(1);
-    auto observer = observe(1, "AXFocusedWindowChanged");
+    auto observer = observe(1, axFocusedWindowChanged);
     desktop.click(Point{150, 150});  // Inbox, behind Drafts in Mail's own order
     desktop.runDue();
     EXPECT_EQ(desktop.focusedWindow(1), inbox);
-    EXPECT_EQ(seen, (std::vector<std::string>{"AXFocusedWindowChanged"}));
+    EXPECT_EQ(seen, (std::vector<std::string>{axFocusedWindowChanged}));
 }
 
 TEST_F(SimStacking, AVisiblePointIsOnTopAndOnNoCloseButton) {
@@ -145,7 +146,7 @@ TEST_F(SimStacking, ActivatingAHiddenAppShowsIt) {
 }
 
 TEST_F(SimStacking, AMinimisedWindowStaysListedWithAXMinimizedTrue) {
-    auto observer = observe(1, "AXFocusedWindowChanged");
+    auto observer = observe(1, axFocusedWindowChanged);
     desktop.setFrontmost(1);
     desktop.minimizeWindow(drafts);
     desktop.runDue();
@@ -155,7 +156,7 @@ TEST_F(SimStacking, AMinimisedWindowStaysListedWithAXMinimizedTrue) {
     EXPECT_EQ(*read(desktop.element(inbox), "AXMinimized")->get<bool>(), false);
     // The focus moves to the next window, and the app says so.
     EXPECT_EQ(desktop.focusedWindow(1), inbox);
-    EXPECT_EQ(seen, (std::vector<std::string>{"AXFocusedWindowChanged"}));
+    EXPECT_EQ(seen, (std::vector<std::string>{axFocusedWindowChanged}));
     auto focused = read(desktop.applicationElement(1), "AXFocusedWindow");
     EXPECT_TRUE((*focused->get<AXElement>())->isSameElement(*desktop.element(inbox)));
 }
@@ -217,13 +218,13 @@ TEST_F(SimStacking, WhenTheFrontmostAppQuitsTheNextWindowsAppBecomesFrontmost) {
 }
 
 TEST_F(SimStacking, ClosingTheFocusedWindowMovesTheFocusAndSaysSo) {
-    auto observer = observe(1, "AXFocusedWindowChanged");
+    auto observer = observe(1, axFocusedWindowChanged);
     desktop.setFrontmost(1);
     ASSERT_EQ(desktop.focusedWindow(1), drafts);
     desktop.closeWindowWithoutClick(drafts);
     desktop.runDue();
     EXPECT_EQ(desktop.focusedWindow(1), inbox);
-    EXPECT_EQ(seen, (std::vector<std::string>{"AXFocusedWindowChanged"}));
+    EXPECT_EQ(seen, (std::vector<std::string>{axFocusedWindowChanged}));
     // Closing a window that is not focused moves nothing.
     seen.clear();
     desktop.closeWindowWithoutClick(ideas);
@@ -232,8 +233,8 @@ TEST_F(SimStacking, ClosingTheFocusedWindowMovesTheFocusAndSaysSo) {
 }
 
 TEST_F(SimStacking, AQuittingAppsWindowsGoWithoutNotifications) {
-    auto observer = observe(1, "AXFocusedWindowChanged");
-    auto destroyed = observe(1, "AXUIElementDestroyed", inbox);
+    auto observer = observe(1, axFocusedWindowChanged);
+    auto destroyed = observe(1, axElementDestroyed, inbox);
     desktop.terminateApp(1);
     desktop.runDue();
     EXPECT_TRUE(seen.empty());
