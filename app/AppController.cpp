@@ -23,26 +23,29 @@ AppController::AppController(Token, ApplicationHost& host, const ShellContext& s
 
 AppController::~AppController() = default;
 
-void AppController::applicationDidFinishLaunching() {
-    // Single instance: hand over to a copy that is already running. A copy that has already
-    // gone (the workspace lists it until the main run loop takes in its termination) is no
-    // copy to hand over to: activating it would fail, and this one would quit too, leaving
-    // nothing running after a quick relaunch.
-    {
-        Workspace& ws = shell_.workspace;
-        const Pid own = ws.ownProcessIdentifier();
-        std::string bundleID;
-        if (shell_.system)
-            bundleID = shell_.system->bundleInfoString("CFBundleIdentifier").value_or("");
-        for (const RunningApplicationRef& app : ws.runningApplications()) {
-            if (!app || app->processIdentifier() == own || app->isTerminated()) continue;
-            std::optional<std::string> id = app->bundleIdentifier();
-            if (!id || *id != bundleID) continue;
-            app->activate();
-            host_.terminate();
-            return;
-        }
+bool AppController::handOverToRunningCopy() {
+    // A copy that has already gone (the workspace lists it until the main run loop takes in
+    // its termination) is no copy to hand over to: activating it would fail, and this one
+    // would quit too, leaving nothing running after a quick relaunch.
+    Workspace& ws = shell_.workspace;
+    const Pid own = ws.ownProcessIdentifier();
+    std::string bundleID;
+    if (shell_.system)
+        bundleID = shell_.system->bundleInfoString("CFBundleIdentifier").value_or("");
+    for (const RunningApplicationRef& app : ws.runningApplications()) {
+        if (!app || app->processIdentifier() == own || app->isTerminated()) continue;
+        std::optional<std::string> id = app->bundleIdentifier();
+        if (!id || *id != bundleID) continue;
+        app->activate();
+        host_.terminate();
+        return true;
     }
+    return false;
+}
+
+void AppController::applicationDidFinishLaunching() {
+    // Single instance: hand over to a copy that is already running.
+    if (handOverToRunningCopy()) return;
 
     // Log header.
     blankLine();

@@ -67,6 +67,9 @@ class AppController : public std::enable_shared_from_this<AppController> {
     bool engineStarted() const { return engineStarted_; }
 
   private:
+    // Activates a copy of Quelto that is already running and asks this one to terminate;
+    // false (and nothing done) when there is none.
+    bool handOverToRunningCopy();
     void startEngine();
     void permissionTick();
 

@@ -4,8 +4,10 @@
 // with its process. A process id may be reused by a new process; `watchesDeadProcess` tells
 // a watcher left over from the earlier one.
 
+#include <cstddef>
 #include <map>
 #include <memory>
+#include <utility>
 
 #include "accessibility/AppWatcher.h"
 #include "platform/Types.h"

@@ -3,6 +3,7 @@
 // keeping a record of what a person would see (the Dock icon, the main menu, the status item and
 // the settings window) instead of drawing it.
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>

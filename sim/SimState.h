@@ -369,11 +369,11 @@ class SimRunningApplication final : public RunningApplication {
   public:
     SimRunningApplication(std::weak_ptr<int> life, SimDesktop::State* state,
                           std::weak_ptr<AppRecord> app, AppSpec desc)
-        : life_(std::move(life)), state_(state), app_(std::move(app)), spec_(std::move(desc)) {}
+        : life_(std::move(life)), state_(state), app_(std::move(app)), desc_(std::move(desc)) {}
 
-    Pid processIdentifier() const override { return spec_.pid; }
-    std::optional<std::string> localizedName() const override { return spec_.name; }
-    std::optional<std::string> bundleIdentifier() const override { return spec_.bundleID; }
+    Pid processIdentifier() const override { return desc_.pid; }
+    std::optional<std::string> localizedName() const override { return desc_.name; }
+    std::optional<std::string> bundleIdentifier() const override { return desc_.bundleID; }
     // The application's policy now (it can change while it runs).
     ActivationPolicy activationPolicy() const override;
     bool terminate() override;
@@ -386,7 +386,7 @@ class SimRunningApplication final : public RunningApplication {
     std::weak_ptr<int> life_;
     SimDesktop::State* state_;
     std::weak_ptr<AppRecord> app_;
-    AppSpec spec_;
+    AppSpec desc_;
 };
 
 }  // namespace quelto::sim

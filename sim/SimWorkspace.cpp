@@ -19,10 +19,10 @@ bool SimRunningApplication::terminate() {
     auto app = live();
     if (!app) return false;
     SimDesktop::State& s = *state_;
-    s.quitRequests.push_back(QuitRequest{spec_.pid, s.owner.now(), false});
+    s.quitRequests.push_back(QuitRequest{desc_.pid, s.owner.now(), false});
     if (app->desc.declinesQuit) return true;
     std::weak_ptr<AppRecord> weak = app;
-    Pid pid = spec_.pid;
+    Pid pid = desc_.pid;
     s.scheduleWorld(app->desc.quitDelay, [&s, weak, pid] {
         auto a = weak.lock();
         if (a && a->running) s.terminate(pid);
@@ -32,7 +32,7 @@ bool SimRunningApplication::terminate() {
 
 ActivationPolicy SimRunningApplication::activationPolicy() const {
     auto app = live();
-    return app ? app->desc.policy : spec_.policy;
+    return app ? app->desc.policy : desc_.policy;
 }
 
 bool SimRunningApplication::isTerminated() const {
@@ -44,8 +44,8 @@ bool SimRunningApplication::isTerminated() const {
 bool SimRunningApplication::activate() {
     auto app = live();
     if (!app) return false;
-    state_->activations.push_back(spec_.pid);
-    state_->owner.setFrontmost(spec_.pid);
+    state_->activations.push_back(desc_.pid);
+    state_->owner.setFrontmost(desc_.pid);
     return true;
 }
 

@@ -329,13 +329,9 @@ void ChaosRun::editConfig() {
     note("config edit: " + policy_.describe() + " — " + shown);
 }
 
-void ChaosRun::step() {
+std::vector<ChaosRun::Event> ChaosRun::timeAppsAndInput() {
     sim::SimDesktop& d = *desktop_;
-    struct Event {
-        double weight;
-        std::function<void()> perform;
-    };
-    const std::vector<Event> events = {
+    return {
         {22,
          [&] {
              double s = random_.between(0.01, 0.6);
@@ -396,6 +392,12 @@ void ChaosRun::step() {
                      break;
              }
          }},
+    };
+}
+
+std::vector<ChaosRun::Event> ChaosRun::windowsAndSystem() {
+    sim::SimDesktop& d = *desktop_;
+    return {
         {5,
          [&] {
              if (auto window = randomWindow()) {
@@ -524,6 +526,12 @@ void ChaosRun::step() {
              }
          }},
     };
+}
+
+void ChaosRun::step() {
+    // The table in a fixed order, so that a seed draws the same steps.
+    std::vector<Event> events = timeAppsAndInput();
+    for (Event& e : windowsAndSystem()) events.push_back(std::move(e));
 
     double total = 0;
     for (const Event& e : events) total += e.weight;
@@ -535,7 +543,7 @@ void ChaosRun::step() {
         }
         draw -= e.weight;
     }
-    d.runDue();
+    desktop_->runDue();
 }
 
 bool ChaosRun::fail(const std::string& what) {

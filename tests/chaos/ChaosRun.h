@@ -23,6 +23,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -76,6 +77,17 @@ class ChaosRun {
         std::string bundleID;  // as the journal gives it: the bundle id, or "<none>"
     };
 
+    // One kind of step, drawn with its weight.
+    struct Event {
+        double weight;
+        std::function<void()> perform;
+    };
+    // The kinds of step, in the order they are drawn from: time passing, applications coming
+    // and going, new windows, clicks, desktop events and other input; then windows closing,
+    // moving and changing, sheets and dialogs, failing reads, hangs, menus, alerts, the
+    // configuration file, the front app and quits declined.
+    std::vector<Event> timeAppsAndInput();
+    std::vector<Event> windowsAndSystem();
     void step();
     void startApp(bool withLaunchNotification);
     void addWindow(Pid pid);

@@ -63,9 +63,9 @@ std::ostream& operator<<(std::ostream& out, const Case& c) {
     return out << c.name;
 }
 
-std::vector<Case> decisionOrder() {
-    std::vector<Case> cases;
-
+// The checks before either mode is judged: the never-quit list, the escape modifier, a
+// disabled close button, the attach grace.
+void addProtections(std::vector<Case>& cases) {
     {  // 1. The never-quit list, before the configuration is read and whatever else holds.
         CloseFacts facts = lastWindowClosed();
         facts.bundleID = "com.apple.finder";
@@ -199,6 +199,10 @@ std::vector<Case> decisionOrder() {
                          {lastWindowWouldQuit, redDotWouldQuit},
                          "quitting"});
     }
+}
+
+// The modes' verdicts: unknown windows, then the configured mode.
+void addModeVerdicts(std::vector<Case>& cases) {
     {  // 5. Windows that could not be counted, in last-window mode: before the switch.
         CloseFacts facts = lastWindowClosed();
         facts.closes.wasRedDot = true;
@@ -258,6 +262,10 @@ std::vector<Case> decisionOrder() {
                          {lastWindowWouldQuit, redDotNoAction},
                          "no action"});
     }
+}
+
+// After a verdict to quit: the master switch, the exclusions, the arming.
+void addQuitChecks(std::vector<Case>& cases) {
     {  // 7. The master switch, before the exclusions.
         CloseFacts facts = lastWindowClosed();
         Config config = liveAll();
@@ -306,6 +314,13 @@ std::vector<Case> decisionOrder() {
              {lastWindowWouldQuit, redDotNoAction, "→ dry run (com.apple.TextEdit is not armed)"},
              "not armed"});
     }
+}
+
+std::vector<Case> decisionOrder() {
+    std::vector<Case> cases;
+    addProtections(cases);
+    addModeVerdicts(cases);
+    addQuitChecks(cases);
     return cases;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
-// Short builders for the simulated desktop's specs, so tests read as the desktop they set up.
+// Short builders for the apps and windows the simulated desktop is given, so tests read as the
+// desktop they set up.
 
 #include <optional>
 #include <string>

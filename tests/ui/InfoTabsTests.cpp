@@ -342,7 +342,8 @@ TEST_F(InfoTabsTest, RevealShowsTheFilesInTheFinder) {
     MainWindowModel model(desktop.shellContext());
     EXPECT_TRUE(model.perform(WindowAction::revealLog));
     EXPECT_TRUE(model.perform(WindowAction::revealConfig));
-    EXPECT_EQ(desktop.revealedFiles(), (std::vector<std::string>{Log::path(), ConfigStore::path()}));
+    EXPECT_EQ(desktop.revealedFiles(),
+              (std::vector<std::string>{Log::path(), ConfigStore::path()}));
 }
 
 TEST_F(InfoTabsTest, OpenAccessibilityPromptsAndOpensThePane) {
