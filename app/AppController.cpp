@@ -29,9 +29,9 @@ bool AppController::handOverToRunningCopy() {
     // would quit too, leaving nothing running after a quick relaunch.
     Workspace& ws = shell_.workspace;
     const Pid own = ws.ownProcessIdentifier();
-    std::string bundleID;
-    if (shell_.system)
-        bundleID = shell_.system->bundleInfoString("CFBundleIdentifier").value_or("");
+    // The bundle's own identifier, or the build's when the bundle cannot say (as the status
+    // menu and the Apps tab judge "this is Quelto").
+    const std::string bundleID = ownBundleIdentifier(shell_.system);
     for (const RunningApplicationRef& app : ws.runningApplications()) {
         if (!app || app->processIdentifier() == own || app->isTerminated()) continue;
         std::optional<std::string> id = app->bundleIdentifier();

@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <string>
 
-#include "platform/Platform.h"
+#include "platform/SystemClock.h"
 #include "settings/Log.h"
 
 namespace quelto::bench {

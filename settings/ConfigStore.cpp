@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-#include "platform/Platform.h"
+#include "platform/SystemClock.h"
 #include "settings/AtomicFile.h"
 #include "settings/ConfigFile.h"
 #include "settings/HomeDirectory.h"

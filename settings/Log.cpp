@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/Platform.h"
+#include "platform/SystemClock.h"
 #include "settings/AtomicFile.h"
 #include "settings/HomeDirectory.h"
 

@@ -96,6 +96,19 @@ TEST_F(StartupTest, SecondCopyHandsOverAndTerminatesBeforeLogging) {
     EXPECT_FALSE(std::filesystem::exists(ConfigStore::path()));
 }
 
+// Without the bundle's own information the build's identifier says which apps are copies of
+// Quelto, as it does for the status menu and the Apps tab.
+TEST_F(StartupTest, WithoutBundleInformationTheBuildsIdentifierFindsTheCopy) {
+    desktop.addApp(app(77, build::bundleID, "Quelto"));
+    ShellContext shell = desktop.shellContext();
+    shell.system = nullptr;
+    controller = AppController::create(host, shell, desktop.context(), [this] { ++engineStarts; });
+    controller->applicationDidFinishLaunching();
+    EXPECT_EQ(desktop.activatedApps(), (std::vector<Pid>{77}));
+    EXPECT_EQ(host.terminations, 1);
+    EXPECT_EQ(engineStarts, 0);
+}
+
 // A quick relaunch: the old copy has exited, but the workspace still lists it until the main
 // run loop takes its termination in. It is no copy to hand over to: this one carries on.
 TEST_F(StartupTest, ACopyThatHasAlreadyTerminatedIsSkipped) {

@@ -10,7 +10,7 @@
 
 #include "ReleaseTestSupport.h"
 #include "platform/BuildSettings.h"
-#include "platform/Platform.h"
+#include "platform/SystemClock.h"
 #include "sim/SimDesktop.h"
 #include "tests/support/LogCapture.h"
 #include "ui/MainWindowModel.h"

@@ -8,7 +8,7 @@
 
 #include "ReleaseTestSupport.h"
 #include "platform/BuildSettings.h"
-#include "platform/Platform.h"
+#include "platform/SystemClock.h"
 #include "sim/SimDesktop.h"
 #include "tests/support/LogCapture.h"
 #include "update/UpdateChecker.h"

@@ -1,4 +1,4 @@
-#include "platform/Platform.h"
+#include "platform/SystemClock.h"
 
 #include <chrono>
 #include <cmath>
