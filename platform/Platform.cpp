@@ -66,6 +66,7 @@ void installPlatform(const Platform& p, bool replaceAll) {
     take(cur.pasteboard, p.pasteboard);
     take(cur.collation, p.collation);
     take(cur.windowServer, p.windowServer);
+    take(cur.spaces, p.spaces);
     if (!cur.clock) cur.clock = &systemClock();
 }
 

@@ -8,6 +8,7 @@
 #include "platform/MainQueue.h"
 #include "platform/MouseMonitor.h"
 #include "platform/Services.h"
+#include "platform/Spaces.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 
@@ -26,6 +27,7 @@ struct Platform {
     Pasteboard* pasteboard = nullptr;
     Collation* collation = nullptr;  // none: the portable order
     WindowServer* windowServer = nullptr;
+    Spaces* spaces = nullptr;  // none: no Space events, no Spaces lookups
 };
 
 // The installed platform. Before anything is installed, every member is null but `clock`,

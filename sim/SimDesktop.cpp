@@ -25,7 +25,8 @@ SimDesktop::~SimDesktop() {
     Platform& p = platform();
     if (p.accessibility == this || p.workspace == this || p.mainQueue == this || p.clock == this ||
         p.mouse == this || p.system == this || p.loginItem == this || p.http == this ||
-        p.alerts == this || p.pasteboard == this || p.windowServer == this) {
+        p.alerts == this || p.pasteboard == this || p.windowServer == this ||
+        p.spaces == this) {
         installPlatform(Platform{}, true);
     }
     // Work still queued may hold objects whose destructors reach back into the desktop
@@ -47,6 +48,7 @@ void SimDesktop::install() {
     p.alerts = this;
     p.pasteboard = this;
     p.windowServer = this;
+    p.spaces = this;
     installPlatform(p, true);
 }
 

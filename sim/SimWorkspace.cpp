@@ -101,7 +101,7 @@ void SimDesktop::State::terminate(Pid pid) {
     app->running = false;
     runningByPid.erase(pid);
     // The application of the next window in the stack becomes frontmost.
-    if (frontmost == pid) frontmost = nextFrontmost(pid);
+    if (frontmost == pid) setFront(nextFrontmost(pid));
     deliverWorkspace(terminationHandlers, app);
 }
 
@@ -126,7 +126,7 @@ void SimDesktop::setFrontmost(std::optional<Pid> pid) {
     if (pid && !s.runningApp(*pid)) return;
     if (!pid) {
         if (s.frontmost) s.formerFrontmost.push_back(*s.frontmost);
-        s.frontmost.reset();
+        s.setFront(std::nullopt);
         return;
     }
     // Activating an application unhides it and brings its windows forward, in their order.
@@ -149,7 +149,7 @@ void SimDesktop::setActivationPolicy(Pid pid, ActivationPolicy policy) {
             return;
         }
     }
-    s.frontmost.reset();
+    s.setFront(std::nullopt);
 }
 
 void SimDesktop::setOwnPid(Pid pid) {

@@ -10,6 +10,7 @@
 #include "platform/macos/MacMouseMonitor.h"
 #include "platform/macos/MacNotificationBridge.h"
 #include "platform/macos/MacPasteboard.h"
+#include "platform/macos/MacSpaces.h"
 #include "platform/macos/MacSystemInfo.h"
 #include "platform/macos/MacWindowServer.h"
 #include "platform/macos/MacWorkspace.h"
@@ -30,6 +31,7 @@ void installMacPlatform() {
     static MacPasteboard pasteboard;
     static MacCollation collation;
     static MacWindowServer windowServer;
+    static MacSpaces spaces;
 
     Platform p;
     p.accessibility = &accessibility;
@@ -44,6 +46,7 @@ void installMacPlatform() {
     p.pasteboard = &pasteboard;
     p.collation = &collation;
     p.windowServer = &windowServer;
+    p.spaces = &spaces;
     installPlatform(p);
     installNotificationBridge();
 }
