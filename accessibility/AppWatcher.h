@@ -56,10 +56,15 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     // The user windows, with how the read of the list went: when "AXWindows" cannot be read
     // `known` is false and `error` says why, so that an unreadable list is never taken for an
     // application with no windows. One read of the list, as `userWindows()`.
+    //
+    // A window whose role or subrole cannot be read is not "no window": it makes the count
+    // unknown too, `unclassified` names it, and `error` is its read's error.
     struct UserWindowList {
         std::vector<AXElement> windows;
         bool known = true;
         AXError error = axerror::success;
+        std::optional<std::string> unclassified;  // the title of a window not classified
+        std::vector<AXElement> listed;            // every window "AXWindows" gave
     };
     UserWindowList readUserWindows() const;
     std::size_t trackedWindowCount() const { return watchedWindows_.size(); }

@@ -192,8 +192,14 @@ void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatc
     // Windows that could not be counted are not zero windows: the last-window verdict is
     // never reached through an unreadable list. (Red-dot mode does not count windows.)
     if (config.mode == Config::Mode::lastWindow && !remaining.known) {
-        detail("→ no action (could not read " + watcher->name +
-               "’s windows: " + remaining.error.name() + ")");
+        if (remaining.unclassified)
+            detail("→ no action (could not classify " + watcher->name + "’s window \"" +
+                   *remaining.unclassified + "\": " +
+                   (remaining.error.isSuccess() ? std::string("no text") : remaining.error.name()) +
+                   ")");
+        else
+            detail("→ no action (could not read " + watcher->name +
+                   "’s windows: " + remaining.error.name() + ")");
         conclude("windows unknown — kept running", false);
         return;
     }
