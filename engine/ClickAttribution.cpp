@@ -28,6 +28,8 @@ void Engine::pruneClicks() {
 }
 
 void Engine::handleClick(Point at, ModifierFlags modifiers) {
+    // Without Accessibility access nothing can be confirmed or followed.
+    if (accessRevoked_) return;
     pruneClicks();
 
     // The cached frames first: an in-memory walk, no Accessibility call.

@@ -109,6 +109,13 @@ void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatc
         return;
     }
 
+    // Without Accessibility access nothing can be counted: nothing is decided.
+    if (!checkAccess()) {
+        log(watcher->name + "  window closed — Accessibility access is revoked, nothing decided");
+        blankLine();
+        return;
+    }
+
     watcher->resync();
     AppWatcher::UserWindowList remaining = watcher->readUserWindows();
     // A list that could not be read is unknown, never zero windows; the journal says so

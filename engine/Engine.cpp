@@ -86,28 +86,11 @@ void Engine::start() {
     detail("config: " + Config::path());
     blankLine();
 
-    std::vector<RunningApplicationRef> candidates;
-    if (workspace) {
-        for (const auto& app : workspace->runningApplications())
-            if (app && isCandidate(*app)) candidates.push_back(app);
-    }
-
-    log("attaching to " + std::to_string(candidates.size()) + " foreground apps");
-    for (const auto& app : candidates) {
-        Pid pid = app->processIdentifier();
-        auto found = watchers.find(pid);
-        if (found == watchers.end()) {
-            if (auto watcher = AppWatcher::create(app, *this)) {
-                found = watchers.emplace(pid, std::move(watcher)).first;
-                watchedProcesses_.insert_or_assign(pid, app);
-            }
-        }
-        bool tracked = found != watchers.end();
-        std::string windows =
-            tracked ? std::to_string(found->second->trackedWindowCount()) + " windows" : "—";
-        detail(std::string("  ") + (tracked ? "✓" : "✗") + " " +
-               app->localizedName().value_or("?") + "  (" +
-               app->bundleIdentifier().value_or("no bundle id") + ")  " + windows);
+    attachToRunningApps();
+    if (MainQueue* queue = platform().mainQueue) {
+        accessChecks_ = queue->scheduleRepeating(accessCheckInterval, [weak] {
+            if (auto engine = weak.lock()) engine->accessTick();
+        });
     }
 
     Config config = Config::load();
@@ -180,6 +163,33 @@ void Engine::forget(Pid pid) {
     lastTerminateAttempt.erase(pid);
     watchers.erase(pid);
     watchedProcesses_.erase(pid);
+}
+
+void Engine::attachToRunningApps() {
+    Workspace* workspace = platform().workspace;
+    std::vector<RunningApplicationRef> candidates;
+    if (workspace) {
+        for (const auto& app : workspace->runningApplications())
+            if (app && isCandidate(*app)) candidates.push_back(app);
+    }
+
+    log("attaching to " + std::to_string(candidates.size()) + " foreground apps");
+    for (const auto& app : candidates) {
+        Pid pid = app->processIdentifier();
+        auto found = watchers.find(pid);
+        if (found == watchers.end()) {
+            if (auto watcher = AppWatcher::create(app, *this)) {
+                found = watchers.emplace(pid, std::move(watcher)).first;
+                watchedProcesses_.insert_or_assign(pid, app);
+            }
+        }
+        bool tracked = found != watchers.end();
+        std::string windows =
+            tracked ? std::to_string(found->second->trackedWindowCount()) + " windows" : "—";
+        detail(std::string("  ") + (tracked ? "✓" : "✗") + " " +
+               app->localizedName().value_or("?") + "  (" +
+               app->bundleIdentifier().value_or("no bundle id") + ")  " + windows);
+    }
 }
 
 bool Engine::watchesDeadProcess(Pid pid) const {

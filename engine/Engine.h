@@ -112,7 +112,22 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     QuitAttempt terminate(const std::shared_ptr<AppWatcher>& watcher);
     void verifyQuit(Pid of, const std::string& named, Date deadline);
 
+    // ---- Accessibility access, windows coming into view, activation policy
+    // (engine/WindowInventory.cpp) ----
+    // How often access is checked while the engine runs, in seconds.
+    static constexpr double accessCheckInterval = 1.0;
+    // Whether Accessibility access is there now; notices (and logs) when it has gone, after
+    // which nothing is acted on until it is back.
+    bool checkAccess();
+    bool accessRevoked() const { return accessRevoked_; }
+
   private:
+    // Attaches to every running candidate, with the start-up report's lines.
+    void attachToRunningApps();
+    void accessTick();
+    bool accessRevoked_ = false;
+    Subscription accessChecks_;
+
     // Drops everything kept about the process id: its clicks, its gathering report, its
     // throttle entry and its watcher.
     void forget(Pid pid);

@@ -76,5 +76,59 @@ TEST_F(WindowInventoryTest, ADialogThatIsClassifiedIsStillNoUserWindow) {
     EXPECT_TRUE(askedToQuit(textEdit));
 }
 
+TEST_F(WindowInventoryTest, RevokedAccessIsNoticedLoggedAndNothingIsActedOn) {
+    startEngine();
+    desktop.advance(10);
+    takeLog();
+    desktop.setTrusted(false);
+    desktop.advance(Engine::accessCheckInterval);
+    EXPECT_TRUE(engine->accessRevoked());
+    Lines log = takeLog();
+    EXPECT_TRUE(logHas(log,
+                       "Accessibility access was revoked — Quelto watches nothing and quits "
+                       "nothing until it is granted again"));
+
+    clickClose(notes);
+    desktop.closeWindowWithoutClick(draft);
+    desktop.advance(5);
+    EXPECT_TRUE(journal().empty());
+    EXPECT_FALSE(askedToQuit(textEdit));
+}
+
+TEST_F(WindowInventoryTest, AGatheredCloseDecidedAfterAccessWentIsNotDecided) {
+    writeConfig("live = true\nmode = red-dot\narm = *\n");
+    startEngine();
+    desktop.advance(10);
+    clickClose(notes);
+    desktop.advance(0.1);  // the window has gone; its report gathers for 0.3 s
+    desktop.setTrusted(false);
+    desktop.advance(1);
+    EXPECT_TRUE(journal().empty());
+    EXPECT_FALSE(askedToQuit(textEdit));
+    EXPECT_TRUE(logHas(
+        takeLog(), "TextEdit  window closed — Accessibility access is revoked, nothing decided"));
+}
+
+TEST_F(WindowInventoryTest, AccessBackAttachesAfreshAndDecidesAsUsual) {
+    startEngine();
+    desktop.advance(10);
+    desktop.setTrusted(false);
+    desktop.advance(2);
+    // A window opened while nothing could be seen.
+    sim::ElementId later = addWindow(textEdit, "Later");
+    desktop.setTrusted(true);
+    desktop.advance(Engine::accessCheckInterval);
+    EXPECT_FALSE(engine->accessRevoked());
+    Lines log = takeLog();
+    EXPECT_TRUE(logHas(log, "Accessibility access is back — watching again"));
+    EXPECT_TRUE(logHas(log, "✓ TextEdit  (com.apple.TextEdit)  3 windows"));
+    ASSERT_TRUE(watcherOf(textEdit));
+    EXPECT_TRUE(watcherOf(textEdit)->isWatched(refOf(later)));
+    clickClose(later);
+    desktop.advance(1);
+    ASSERT_EQ(journal().size(), 1u);
+    EXPECT_EQ(journal()[0].cause, "red dot");
+}
+
 }  // namespace
 }  // namespace quelto::enginetest
