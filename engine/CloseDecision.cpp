@@ -103,7 +103,9 @@ void Engine::windowDestroyed(const WindowRef& ref, const std::shared_ptr<AppWatc
 
 void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatcher>& watcher) {
     Workspace* workspace = platform().workspace;
-    if (!workspace || !workspace->runningApplication(watcher->pid)) {
+    RunningApplicationRef running =
+        workspace ? workspace->runningApplication(watcher->pid) : nullptr;
+    if (!running) {
         log(watcher->name + "  window closed — app already gone");
         blankLine();
         return;
@@ -160,6 +162,14 @@ void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatc
     if (neverQuit) {
         detail("→ EXCLUDED (never-quit list)");
         conclude("always protected", false);
+        return;
+    }
+    // Only an app that is regular now may be quit: a menu-bar utility shows a Dock icon only
+    // while its settings window is open, and goes on running without it.
+    if (running->activationPolicy() != ActivationPolicy::regular) {
+        detail("→ no action (" + watcher->name +
+               " has no Dock icon now — only a regular app is quit)");
+        conclude("not a regular app — kept running", false);
         return;
     }
     const Config& config = *loaded;

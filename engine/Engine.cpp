@@ -87,6 +87,7 @@ void Engine::start() {
     blankLine();
 
     attachToRunningApps();
+    observeSpacesAndActivations();
     if (MainQueue* queue = platform().mainQueue) {
         accessChecks_ = queue->scheduleRepeating(accessCheckInterval, [weak] {
             if (auto engine = weak.lock()) engine->accessTick();
@@ -104,10 +105,12 @@ void Engine::start() {
 
 void Engine::appLaunched(const RunningApplicationRef& app) {
     if (!app || !isCandidate(*app)) return;
+    attachDue_.insert(app->processIdentifier());
     std::weak_ptr<Engine> weak = weak_from_this();
     platform().mainQueue->asyncAfter(launchAttachDelay, [weak, app] {
         auto engine = weak.lock();
         if (!engine) return;
+        engine->attachDue_.erase(app->processIdentifier());
         // Gone before its watcher was due: its termination has been handled already, and a
         // watcher made now would sit on a dead process, or on a new one that reuses its id.
         if (app->isTerminated()) return;

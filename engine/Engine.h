@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -121,9 +122,20 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     bool checkAccess();
     bool accessRevoked() const { return accessRevoked_; }
 
+    // The workspace's activation and active-Space-changed notifications: an app that became
+    // regular is attached; the watchers whose windows came into view catch up.
+    void appActivated(const RunningApplicationRef& app);
+    void activeSpaceChanged();
+
   private:
     // Attaches to every running candidate, with the start-up report's lines.
     void attachToRunningApps();
+    void observeSpacesAndActivations();
+    Subscription activations_;
+    Subscription spaceChanges_;
+    // Apps whose delayed attach is scheduled (a launch, or an activation that made a regular
+    // app of one that was not).
+    std::set<Pid> attachDue_;
     void accessTick();
     bool accessRevoked_ = false;
     Subscription accessChecks_;

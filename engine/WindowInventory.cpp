@@ -1,7 +1,11 @@
 // What the engine follows beyond the design's launches and terminations, so that its count of
 // an application's windows holds on a real Mac: Accessibility access that the user revokes
-// (every read then fails, so nothing is acted on until it is back).
+// (every read then fails, so nothing is acted on until it is back); apps that become regular
+// after they launched (attached when they are activated); windows on other Spaces, which
+// Accessibility lists only once their Space is the current one (the watchers catch up when
+// the active Space changes and when their app is activated).
 
+#include <set>
 #include <string>
 
 #include "engine/Engine.h"
@@ -44,6 +48,54 @@ void Engine::accessTick() {
     log("Accessibility access is back — watching again");
     attachToRunningApps();
     Log::shared().write("", false);
+}
+
+void Engine::observeSpacesAndActivations() {
+    Spaces* spaces = platform().spaces;
+    if (!spaces) return;
+    std::weak_ptr<Engine> weak = weak_from_this();
+    activations_ = spaces->observeActivations([weak](const RunningApplicationRef& app) {
+        if (auto engine = weak.lock()) engine->appActivated(app);
+    });
+    spaceChanges_ = spaces->observeActiveSpaceChanges([weak] {
+        if (auto engine = weak.lock()) engine->activeSpaceChanged();
+    });
+}
+
+void Engine::appActivated(const RunningApplicationRef& app) {
+    if (!app || accessRevoked_ || app->isTerminated()) return;
+    Pid pid = app->processIdentifier();
+    if (watchesDeadProcess(pid)) forget(pid);
+    if (auto tracked = watchers.find(pid); tracked != watchers.end()) {
+        // Its windows on the Space it was activated on are listed now.
+        std::shared_ptr<AppWatcher> watcher = tracked->second;
+        watcher->resync();
+        return;
+    }
+    // An app that launched without a Dock icon and has one now (a utility showing its
+    // settings window) is watched from now on, as a launched app is: half a second later.
+    // One just launched is already due.
+    if (attachDue_.count(pid)) return;
+    appLaunched(app);
+}
+
+void Engine::activeSpaceChanged() {
+    if (accessRevoked_ || watchers.empty()) return;
+    // Only the app that becomes active may be told of its new focused window; the others'
+    // windows on this Space are found by reading their lists again. The window server's list
+    // of what is on screen says which apps show something here.
+    std::set<Pid> shown;
+    if (WindowServer* server = platform().windowServer) {
+        for (const WindowServerWindow& w :
+             server->windowList(WindowListScope::onScreenCurrentSpace))
+            if (w.layer == normalWindowLayer) shown.insert(w.ownerPid);
+    } else {
+        for (const auto& [pid, watcher] : watchers) shown.insert(pid);
+    }
+    std::vector<std::shared_ptr<AppWatcher>> due;
+    for (const auto& [pid, watcher] : watchers)
+        if (shown.count(pid)) due.push_back(watcher);
+    for (const auto& watcher : due) watcher->resync();
 }
 
 }  // namespace quelto

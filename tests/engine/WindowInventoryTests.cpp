@@ -130,5 +130,82 @@ TEST_F(WindowInventoryTest, AccessBackAttachesAfreshAndDecidesAsUsual) {
     EXPECT_EQ(journal()[0].cause, "red dot");
 }
 
+TEST_F(WindowInventoryTest, AnAppThatIsNoLongerRegularAtTheDecisionIsKeptRunning) {
+    startEngine();
+    desktop.advance(10);
+    desktop.setActivationPolicy(textEdit, ActivationPolicy::accessory);
+    desktop.closeWindowWithoutClick(notes);
+    desktop.closeWindowWithoutClick(draft);
+    desktop.advance(5);
+    ASSERT_EQ(journal().size(), 1u);
+    EXPECT_EQ(journal()[0].outcome, "not a regular app — kept running");
+    EXPECT_FALSE(askedToQuit(textEdit));
+    EXPECT_TRUE(logHas(takeLog(),
+                       "→ no action (TextEdit has no Dock icon now — only a regular app is quit)"));
+}
+
+TEST_F(WindowInventoryTest, TheNeverQuitListStillComesFirst) {
+    desktop.addApp(appSpec(102, "com.apple.finder", "Finder"));
+    sim::ElementId window = addWindow(102, "Home");
+    startEngine();
+    desktop.advance(10);
+    desktop.setActivationPolicy(102, ActivationPolicy::accessory);
+    desktop.closeWindowWithoutClick(window);
+    desktop.advance(5);
+    ASSERT_EQ(journal().size(), 1u);
+    EXPECT_EQ(journal()[0].outcome, "always protected");
+}
+
+TEST_F(WindowInventoryTest, AnAppThatBecomesRegularIsWatchedWhenActivated) {
+    sim::AppSpec meter = appSpec(103, "com.example.Meter", "Meter");
+    meter.policy = ActivationPolicy::accessory;
+    desktop.addApp(meter);
+    startEngine();
+    EXPECT_FALSE(watcherOf(103));
+    desktop.setActivationPolicy(103, ActivationPolicy::regular);
+    sim::ElementId settings = addWindow(103, "Settings");
+    desktop.setFrontmost(103);
+    desktop.runDue();
+    EXPECT_FALSE(watcherOf(103));  // half a second later, as after a launch
+    desktop.advance(Engine::launchAttachDelay);
+    ASSERT_TRUE(watcherOf(103));
+    EXPECT_TRUE(watcherOf(103)->isWatched(refOf(settings)));
+    EXPECT_TRUE(logHas(takeLog(), "now watching Meter"));
+}
+
+TEST_F(WindowInventoryTest, ASpaceSwitchCatchesUpTheWatchersOfAppsShownThere) {
+    sim::WindowSpec onTwo;
+    onTwo.title = "Elsewhere";
+    onTwo.space = 2;
+    sim::ElementId elsewhere = addWindow(textEdit, onTwo);
+    // Another app's window in front on Space 2: TextEdit stays in the background there.
+    desktop.addApp(appSpec(104, "com.apple.Safari", "Safari"));
+    desktop.setFrontmost(textEdit);
+    sim::WindowSpec safari;
+    safari.title = "Docs";
+    safari.space = 2;
+    addWindow(104, safari);
+    startEngine();
+    ASSERT_TRUE(watcherOf(textEdit));
+    EXPECT_FALSE(watcherOf(textEdit)->isWatched(refOf(elsewhere)));
+
+    desktop.switchToSpace(2);
+    desktop.runDue();
+    EXPECT_TRUE(watcherOf(textEdit)->isWatched(refOf(elsewhere)));
+}
+
+TEST_F(WindowInventoryTest, ASpaceSwitchReadsNothingOfAppsThatShowNothingThere) {
+    desktop.addApp(appSpec(104, "com.apple.Safari", "Safari"));
+    sim::WindowSpec safari;
+    safari.title = "Docs";
+    safari.space = 2;
+    addWindow(104, safari);
+    startEngine();
+    desktop.resetCounters();
+    desktop.switchToSpace(2);
+    desktop.runDue();
+    EXPECT_EQ(desktop.readCount(desktop.applicationElementId(textEdit), "AXWindows"), 0u);
+}
+
 }  // namespace
 }  // namespace quelto::enginetest
