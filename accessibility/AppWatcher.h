@@ -88,6 +88,12 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
         return misses_;
     }
     bool isWatched(const WindowRef& window) const { return watchedWindows_.count(window) != 0; }
+    // The elements of every watched window (on any Space).
+    std::vector<AXElement> watchedElements() const {
+        std::vector<AXElement> out;
+        for (const WindowRef& ref : watchedWindows_) out.push_back(ref.element);
+        return out;
+    }
 
   private:
     bool attach();

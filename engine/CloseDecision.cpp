@@ -134,7 +134,14 @@ void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatc
     // server shows on other Spaces or in full screen remain too.
     int elsewhere = 0;
     if (loaded && loaded->mode == Config::Mode::lastWindow && remaining.known) {
-        elsewhere = windowsOnOtherSpaces(watcher->pid, remaining.windows);
+        OtherSpacesCount counted =
+            windowsOnOtherSpaces(watcher->pid, remaining.listed, watcher->watchedElements());
+        elsewhere = counted.elsewhere;
+        if (counted.lookupsUnavailable && !spacesLookupsLogged_) {
+            spacesLookupsLogged_ = true;
+            log("the window server’s Spaces cannot be looked up on this Mac — windows on other "
+                "Spaces are not counted");
+        }
         left += elsewhere;
     }
 

@@ -33,11 +33,18 @@ bool sameWindowBounds(const Rect& windowServer, const Rect& accessibility);
 // other Spaces: applications keep tiny helper windows there that the user never sees.
 inline constexpr double minimumCountedWindowSide = 40;
 
-// How many ordinary windows of the process the window server shows off screen, on another
-// Space or in full screen, beyond the `listed` windows Accessibility gave (matched by
-// bounds). Reads the window server's list of every Space once, and the listed windows'
-// frames.
-int windowsOnOtherSpaces(Pid pid, const std::vector<AXElement>& listed);
+// How many ordinary windows of the process the window server places on another Space or in
+// full screen, beyond the `listed` windows Accessibility gave ("AXWindows", matched by window
+// number, else by bounds): not ordered out (on no Space), and not one of the `known` window
+// elements that Accessibility does not count as user windows. Reads the window server's list
+// of every Space once. Without the Spaces lookups nothing is counted and
+// `lookupsUnavailable` says so.
+struct OtherSpacesCount {
+    int elsewhere = 0;
+    bool lookupsUnavailable = false;
+};
+OtherSpacesCount windowsOnOtherSpaces(Pid pid, const std::vector<AXElement>& listed,
+                                      const std::vector<AXElement>& known = {});
 
 class Engine final : public DestroyedWindowSink, public std::enable_shared_from_this<Engine> {
     struct Token {};
@@ -138,6 +145,8 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     std::set<Pid> attachDue_;
     void accessTick();
     bool accessRevoked_ = false;
+    // Whether the missing Spaces lookups have been logged (once per run).
+    bool spacesLookupsLogged_ = false;
     Subscription accessChecks_;
 
     // Drops everything kept about the process id: its clicks, its gathering report, its

@@ -295,6 +295,9 @@ class SimDesktop final : public Accessibility,
     void orderOutWindow(ElementId window);
     void orderInWindow(ElementId window);
     bool isOrderedOut(ElementId window) const;
+    // The window's description as the model holds it now (its role, subrole and close button
+    // as changed since), read without an Accessibility call; none for no live window.
+    std::optional<WindowSpec> windowSpec(ElementId window) const;
     // Whether the private Spaces lookups exist on this system (they do by default).
     void setSpacesLookupsAvailable(bool available);
     // Workspace notifications posted so far: active-Space changes and activations.

@@ -207,5 +207,53 @@ TEST_F(WindowInventoryTest, ASpaceSwitchReadsNothingOfAppsThatShowNothingThere) 
     EXPECT_EQ(desktop.readCount(desktop.applicationElementId(textEdit), "AXWindows"), 0u);
 }
 
+TEST_F(WindowInventoryTest, AnOrderedOutWindowIsNotCountedElsewhere) {
+    startEngine();
+    desktop.advance(10);
+    desktop.orderOutWindow(draft);
+    desktop.closeWindowWithoutClick(notes);
+    desktop.advance(5);
+    ASSERT_FALSE(journal().empty());
+    EXPECT_EQ(journal().back().windowsLeft, 0);
+    EXPECT_TRUE(askedToQuit(textEdit));
+}
+
+TEST_F(WindowInventoryTest, AUserWindowOnAnotherSpaceStillCounts) {
+    sim::WindowSpec onTwo;
+    onTwo.title = "Elsewhere";
+    onTwo.space = 2;
+    addWindow(textEdit, onTwo);
+    startEngine();
+    desktop.advance(10);
+    desktop.closeWindowWithoutClick(notes);
+    desktop.closeWindowWithoutClick(draft);
+    desktop.advance(5);
+    ASSERT_FALSE(journal().empty());
+    EXPECT_EQ(journal()[0].windowsLeft, 1);
+    EXPECT_FALSE(askedToQuit(textEdit));
+}
+
+TEST_F(WindowInventoryTest, WithoutTheSpacesLookupsNothingCountsElsewhereAndThatIsLoggedOnce) {
+    sim::WindowSpec onTwo;
+    onTwo.title = "Elsewhere";
+    onTwo.space = 2;
+    addWindow(textEdit, onTwo);
+    desktop.setSpacesLookupsAvailable(false);
+    startEngine();
+    desktop.advance(10);
+    desktop.closeWindowWithoutClick(notes);
+    desktop.advance(5);
+    desktop.closeWindowWithoutClick(draft);
+    desktop.advance(5);
+    Lines log = takeLog();
+    int lines = 0;
+    for (const auto& line : log)
+        if (line.find("the window server’s Spaces cannot be looked up on this Mac — windows on "
+                      "other Spaces are not counted") != std::string::npos)
+            ++lines;
+    EXPECT_EQ(lines, 1);
+    EXPECT_TRUE(askedToQuit(textEdit));
+}
+
 }  // namespace
 }  // namespace quelto::enginetest
