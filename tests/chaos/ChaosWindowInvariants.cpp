@@ -50,6 +50,8 @@ void ChaosRun::checkQuitDecision() {
         // in full screen, are what the window server must account for.
         if (desktop_->isListedInAXWindows(window)) continue;
         if (desktop_->isMinimized(window) || hasOddAttribute(window)) continue;
+        // A window its app ordered out is out of the user's reach.
+        if (desktop_->isOrderedOut(window)) continue;
         // Nor one Accessibility does not count as a user window (a panel, a dialog, custom
         // chrome without a close button): such windows keep no app alive.
         if (auto spec = desktop_->windowSpec(window);
