@@ -94,29 +94,32 @@ void AppWatcher::handle(const std::string& notification, const AXElement& elemen
     } else if (notification == "AXWindowMoved" || notification == "AXWindowResized") {
         refreshCloseButton(element, 1);
     } else if (notification == "AXUIElementDestroyed") {
-        WindowRef ref{element};
-        auto watched = watchedWindows_.find(ref);
-        if (watched == watchedWindows_.end()) return;
-        watchedWindows_.erase(watched);
-
-        std::optional<Rect> frame;
-        if (auto it = frames_.find(ref); it != frames_.end()) {
-            frame = it->second;
-            forgetFrame(ref);
-        }
-        std::optional<CloseButtonMiss> miss;
-        if (auto it = misses_.find(ref); it != misses_.end()) {
-            miss = it->second;
-            misses_.erase(it);
-        }
-        bool wasStandard = confirmedStandard_.erase(ref) != 0;
-        noted_.erase(ref);
-
-        // Never confirmed standard: never reported. Custom chrome: never reported either.
-        if (!wasStandard) return;
-        if (!frame && miss && miss->kind == CloseButtonMiss::Kind::unsupported) return;
-        engine_.windowDestroyed(ref, shared_from_this(), frame.has_value(), miss);
+        windowGone(WindowRef{element});
     }
+}
+
+void AppWatcher::windowGone(const WindowRef& ref) {
+    auto watched = watchedWindows_.find(ref);
+    if (watched == watchedWindows_.end()) return;
+    watchedWindows_.erase(watched);
+
+    std::optional<Rect> frame;
+    if (auto it = frames_.find(ref); it != frames_.end()) {
+        frame = it->second;
+        forgetFrame(ref);
+    }
+    std::optional<CloseButtonMiss> miss;
+    if (auto it = misses_.find(ref); it != misses_.end()) {
+        miss = it->second;
+        misses_.erase(it);
+    }
+    bool wasStandard = confirmedStandard_.erase(ref) != 0;
+    noted_.erase(ref);
+
+    // Never confirmed standard: never reported. Custom chrome: never reported either.
+    if (!wasStandard) return;
+    if (!frame && miss && miss->kind == CloseButtonMiss::Kind::unsupported) return;
+    engine_.windowDestroyed(ref, shared_from_this(), frame.has_value(), miss);
 }
 
 void AppWatcher::resync() {

@@ -88,6 +88,10 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
         return misses_;
     }
     bool isWatched(const WindowRef& window) const { return watchedWindows_.count(window) != 0; }
+    // A watched window that left for good without a destroyed notification (ordered out by
+    // its app as its answer to the red dot): dropped and reported as a destroyed one is.
+    void windowGone(const WindowRef& window);
+
     // The elements of every watched window (on any Space).
     std::vector<AXElement> watchedElements() const {
         std::vector<AXElement> out;

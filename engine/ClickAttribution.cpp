@@ -97,6 +97,18 @@ void Engine::sustainIfBlocked(const WindowRef& window, Pid pid) {
         return;
     }
 
+    // A window its app ordered out as its answer to the red dot (kept, on no Space) is closed
+    // for the user, though no destroyed notification comes: its close is reported now.
+    if (Spaces* spaces = platform().spaces; spaces && spaces->lookupsAvailable()) {
+        if (auto number = spaces->windowNumber(window.element)) {
+            auto on = spaces->spacesOfWindow(*number);
+            if (on && on->empty()) {
+                watcher->windowGone(window);
+                return;
+            }
+        }
+    }
+
     bool blocked = watcher->isCloseBlocked(window);
     // The check's reads take time on a slow application: renewals count from when it
     // returned, or a long check would eat into the very time it grants.

@@ -255,5 +255,30 @@ TEST_F(WindowInventoryTest, WithoutTheSpacesLookupsNothingCountsElsewhereAndThat
     EXPECT_TRUE(askedToQuit(textEdit));
 }
 
+TEST_F(WindowInventoryTest, ARedDotThatOrdersTheWindowOutCountsAsItsClose) {
+    writeConfig("live = true\nmode = red-dot\narm = *\n");
+    sim::WindowSpec kept;
+    kept.title = "Kept";
+    kept.hidesOnClose = true;
+    sim::ElementId window = addWindow(textEdit, kept);
+    startEngine();
+    desktop.advance(10);
+    clickClose(window);
+    desktop.advance(1);
+    EXPECT_TRUE(desktop.isOrderedOut(window));
+    ASSERT_EQ(journal().size(), 1u);
+    EXPECT_EQ(journal()[0].cause, "red dot");
+    EXPECT_TRUE(askedToQuit(textEdit));
+}
+
+TEST_F(WindowInventoryTest, AWindowOrderedOutWithoutAClickIsNoClose) {
+    writeConfig("live = true\nmode = red-dot\narm = *\n");
+    startEngine();
+    desktop.advance(10);
+    desktop.orderOutWindow(notes);
+    desktop.advance(2);
+    EXPECT_TRUE(journal().empty());
+}
+
 }  // namespace
 }  // namespace quelto::enginetest
