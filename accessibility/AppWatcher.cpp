@@ -103,13 +103,12 @@ void AppWatcher::handle(const std::string& notification, const AXElement& elemen
             refreshCloseButton(element, 1);
             return;
         case AXNotification::elementDestroyed:
-            windowDestroyed(element);
+            windowGone(WindowRef{element});
             return;
     }
 }
 
-void AppWatcher::windowDestroyed(const AXElement& element) {
-    WindowRef ref{element};
+void AppWatcher::windowGone(const WindowRef& ref) {
     auto watched = watchedWindows_.find(ref);
     if (watched == watchedWindows_.end()) return;
     watchedWindows_.erase(watched);
@@ -165,10 +164,26 @@ std::vector<AXElement> AppWatcher::userWindows() const {
 
 AppWatcher::UserWindowList AppWatcher::readUserWindows() const {
     AXElementsResult list = axElementsChecked(appElement_, "AXWindows");
-    if (!list.elements) return UserWindowList{{}, false, list.error};
+    if (!list.elements) {
+        UserWindowList unknown;
+        unknown.known = false;
+        unknown.error = list.error;
+        return unknown;
+    }
     UserWindowList out;
+    out.listed = *list.elements;
     for (const AXElement& window : *list.elements) {
-        if (standardness(window).kind != Standardness::Kind::standard) continue;
+        Standardness kind = standardness(window);
+        if (kind.kind == Standardness::Kind::unreadable) {
+            // Unknown is not zero: a window that cannot be classified may be the user's.
+            if (out.known) {
+                out.known = false;
+                out.error = kind.error;
+                out.unclassified = windowTitle(window);
+            }
+            continue;
+        }
+        if (kind.kind != Standardness::Kind::standard) continue;
         // Only a window that positively has no close button is left out; a slow application
         // (time-out, cannot-complete, no value) keeps its windows.
         AXCopyResult button = axCopyChecked(window, "AXCloseButton");

@@ -66,10 +66,15 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     // The user windows, with how the read of the list went: when "AXWindows" cannot be read
     // `known` is false and `error` says why, so that an unreadable list is never taken for an
     // application with no windows. One read of the list, as `userWindows()`.
+    //
+    // A window whose role or subrole cannot be read is not "no window": it makes the count
+    // unknown too, `unclassified` names it, and `error` is its read's error.
     struct UserWindowList {
         std::vector<AXElement> windows;
         bool known = true;
         AXError error = axerror::success;
+        std::optional<std::string> unclassified;  // the title of a window not classified
+        std::vector<AXElement> listed;            // every window "AXWindows" gave
     };
     UserWindowList readUserWindows() const;
     std::size_t trackedWindowCount() const { return watchedWindows_.size(); }
@@ -93,6 +98,16 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
         return misses_;
     }
     bool isWatched(const WindowRef& window) const { return watchedWindows_.count(window) != 0; }
+    // A watched window that left for good without a destroyed notification (ordered out by
+    // its app as its answer to the red dot): dropped and reported as a destroyed one is.
+    void windowGone(const WindowRef& window);
+
+    // The elements of every watched window (on any Space).
+    std::vector<AXElement> watchedElements() const {
+        std::vector<AXElement> out;
+        for (const WindowRef& ref : watchedWindows_) out.push_back(ref.element);
+        return out;
+    }
 
   private:
     bool attach();
@@ -106,8 +121,6 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     void registerWindowNotifications(const AXElement& window, std::vector<std::string> names,
                                      int attempt);
     void handle(const std::string& notification, const AXElement& element);
-    // A watched window's "AXUIElementDestroyed": forgets it, and reports it to the engine.
-    void windowDestroyed(const AXElement& element);
     bool refreshCloseButton(const AXElement& window, int attempt);
     void storeFrame(const WindowRef& ref, Rect frame);
     void forgetFrame(const WindowRef& ref);

@@ -47,9 +47,18 @@ ModifierFlags escapeMask(Config::Escape escape) {
 
 Verdict decide(const CloseFacts& facts, const std::optional<Config>& loaded) {
     using Reason = Verdict::Reason;
+    // Without Accessibility access nothing was read: there is nothing to decide on.
+    if (facts.accessRevoked) return verdict(Reason::accessRevoked, {}, "");
     // The built-in protection comes before the configuration is even read.
     if (facts.neverQuit || !loaded)
         return verdict(Reason::neverQuit, {"→ EXCLUDED (never-quit list)"}, "always protected");
+    // Only an app that is regular now may be quit: a menu-bar utility shows a Dock icon only
+    // while its settings window is open, and goes on running without it.
+    if (!facts.regular)
+        return verdict(
+            Reason::notRegular,
+            {"→ no action (" + facts.app + " has no Dock icon now — only a regular app is quit)"},
+            "not a regular app — kept running");
     const Config& config = *loaded;
     const PendingReport& closes = facts.closes;
 
@@ -84,8 +93,15 @@ Verdict decide(const CloseFacts& facts, const std::optional<Config>& loaded) {
     // Windows that could not be counted are not zero windows: the last-window verdict is
     // never reached through an unreadable list. (Red-dot mode does not count windows.)
     if (config.mode == Config::Mode::lastWindow && !known) {
-        details.push_back("→ no action (could not read " + facts.app +
-                          "’s windows: " + facts.windowsError.name() + ")");
+        if (facts.unclassified)
+            details.push_back("→ no action (could not classify " + facts.app + "’s window \"" +
+                              *facts.unclassified + "\": " +
+                              (facts.windowsError.isSuccess() ? std::string("no text")
+                                                              : facts.windowsError.name()) +
+                              ")");
+        else
+            details.push_back("→ no action (could not read " + facts.app +
+                              "’s windows: " + facts.windowsError.name() + ")");
         return verdict(Reason::windowsUnknown, std::move(details),
                        "windows unknown — kept running");
     }

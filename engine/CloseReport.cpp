@@ -21,7 +21,8 @@ void Engine::windowDestroyed(const WindowRef& ref, const std::shared_ptr<AppWatc
 std::optional<CloseFacts> Engine::gatherFacts(const PendingReport& gathered,
                                               const std::shared_ptr<AppWatcher>& watcher,
                                               std::optional<Config>& config) {
-    if (!context_.workspace.runningApplication(watcher->pid)) {
+    RunningApplicationRef running = context_.workspace.runningApplication(watcher->pid);
+    if (!running) {
         log(watcher->name + "  window closed — app already gone");
         blankLine();
         return std::nullopt;
@@ -31,6 +32,13 @@ std::optional<CloseFacts> Engine::gatherFacts(const PendingReport& gathered,
     facts.app = watcher->name;
     facts.bundleID = watcher->bundleID;
     facts.closes = gathered;
+
+    // Without Accessibility access every read fails: nothing is read.
+    if (!checkAccess()) {
+        facts.accessRevoked = true;
+        return facts;
+    }
+    facts.regular = running->activationPolicy() == ActivationPolicy::regular;
 
     watcher->resync();
     AppWatcher::UserWindowList remaining = watcher->readUserWindows();
@@ -43,9 +51,13 @@ std::optional<CloseFacts> Engine::gatherFacts(const PendingReport& gathered,
     // Accessibility lists only this Space's windows. In last-window mode, those the window
     // server shows on other Spaces or in full screen remain too.
     if (config && config->mode == Config::Mode::lastWindow && remaining.known &&
-        context_.windowServer)
-        facts.windowsElsewhere =
-            windowsOnOtherSpaces(*context_.windowServer, watcher->pid, remaining.windows);
+        context_.windowServer) {
+        OtherSpacesCount counted =
+            windowsOnOtherSpaces(*context_.windowServer, context_.spaces, watcher->pid,
+                                 remaining.listed, watcher->watchedElements());
+        facts.windowsElsewhere = counted.elsewhere;
+        if (counted.lookupsUnavailable) noteSpacesLookupsMissing();
+    }
 
     // A list that could not be read is unknown, never zero windows.
     if (remaining.known) {
@@ -56,6 +68,7 @@ std::optional<CloseFacts> Engine::gatherFacts(const PendingReport& gathered,
         facts.windows = std::move(windows);
     } else {
         facts.windowsError = remaining.error;
+        facts.unclassified = remaining.unclassified;
     }
 
     facts.sinceAttach = context_.clock.now() - watcher->attachedAt;
@@ -66,6 +79,11 @@ void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatc
     std::optional<Config> config;
     std::optional<CloseFacts> facts = gatherFacts(gathered, watcher, config);
     if (!facts) return;
+    if (decide(*facts, config).reason == Verdict::Reason::accessRevoked) {
+        log(watcher->name + "  window closed — Accessibility access is revoked, nothing decided");
+        blankLine();
+        return;
+    }
 
     // What happened, with the windows that remain.
     const std::string cause = facts->cause();

@@ -83,8 +83,24 @@ void Engine::start() {
     detail("config: " + ConfigStore::path());
     blankLine();
 
+    attachToRunningApps();
+    observeSpacesAndActivations();
+    accessChecks_ = context_.mainQueue.scheduleRepeating(accessCheckInterval, [weak] {
+        if (auto engine = weak.lock()) engine->accessTick();
+    });
+
+    Config config = context_.config.load();
+    bool armed = config.armAll || !config.armed.empty();
+    if (config.live && armed)
+        detail("armed — closing the last window of an armed app WILL quit it");
+    else
+        detail("close some windows — nothing will be quit");
+    blankLine();
+}
+
+void Engine::attachToRunningApps() {
     std::vector<RunningApplicationRef> candidates;
-    for (const auto& app : workspace.runningApplications())
+    for (const auto& app : context_.workspace.runningApplications())
         if (app && isCandidate(*app)) candidates.push_back(app);
 
     log("attaching to " + std::to_string(candidates.size()) + " foreground apps");
@@ -99,22 +115,16 @@ void Engine::start() {
                app->localizedName().value_or("?") + "  (" +
                app->bundleIdentifier().value_or("no bundle id") + ")  " + windows);
     }
-
-    Config config = context_.config.load();
-    bool armed = config.armAll || !config.armed.empty();
-    if (config.live && armed)
-        detail("armed — closing the last window of an armed app WILL quit it");
-    else
-        detail("close some windows — nothing will be quit");
-    blankLine();
 }
 
 void Engine::appLaunched(const RunningApplicationRef& app) {
     if (!app || !isCandidate(*app)) return;
+    attachDue_.insert(app->processIdentifier());
     std::weak_ptr<Engine> weak = weak_from_this();
     context_.mainQueue.asyncAfter(launchAttachDelay, [weak, app] {
         auto engine = weak.lock();
         if (!engine) return;
+        engine->attachDue_.erase(app->processIdentifier());
         // Gone before its watcher was due: its termination has been handled already, and a
         // watcher made now would sit on a dead process, or on a new one that reuses its id.
         if (app->isTerminated()) return;
@@ -160,6 +170,8 @@ void Engine::forget(Pid pid) {
 }
 
 void Engine::handleClick(Point at, ModifierFlags modifiers) {
+    // Without Accessibility access nothing can be confirmed or followed.
+    if (accessRevoked_) return;
     clicks_->handleClick(at, modifiers);
 }
 

@@ -11,6 +11,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "accessibility/AppWatcher.h"
@@ -68,6 +69,19 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     // writes the log and the journal, and asks the application to quit when the verdict says so.
     void report(const PendingReport& gathered, const std::shared_ptr<AppWatcher>& watcher);
 
+    // ---- Accessibility access, windows coming into view, activation policy
+    // (engine/WindowInventory.cpp) ----
+    // How often access is checked while the engine runs, in seconds.
+    static constexpr double accessCheckInterval = 1.0;
+    // Whether Accessibility access is there now; notices (and logs) when it has gone, after
+    // which nothing is acted on until it is back.
+    bool checkAccess();
+    bool accessRevoked() const { return accessRevoked_; }
+    // The workspace's activation and active-Space-changed notifications: an app that became
+    // regular is attached; the watchers whose windows came into view catch up.
+    void appActivated(const RunningApplicationRef& app);
+    void activeSpaceChanged();
+
     // ---- The parts, to look at ----
     const AppTracker& apps() const { return apps_; }
     const ClickLedger& clicks() const { return *clicks_; }
@@ -76,6 +90,13 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     const ClickMonitor& clickMonitor() const { return *clickMonitor_; }
 
   private:
+    // Attaches to every running candidate, with the start-up report's lines.
+    void attachToRunningApps();
+    void observeSpacesAndActivations();
+    void accessTick();
+    // Logs, once per run, that the Spaces lookups are missing.
+    void noteSpacesLookupsMissing();
+
     // Makes the parts whose delayed work holds the engine weakly (once it is shared).
     void makeParts();
     // Drops everything kept about the process id: its clicks, its gathering report, its
@@ -96,6 +117,16 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     std::unique_ptr<QuitRequester> quits_;
     Subscription launches_;
     Subscription terminations_;
+
+    // What follows access, Spaces and activations (engine/WindowInventory.cpp).
+    Subscription activations_;
+    Subscription spaceChanges_;
+    Subscription accessChecks_;
+    // Apps whose delayed attach is scheduled (a launch, or an activation that made a regular
+    // app of one that was not).
+    std::set<Pid> attachDue_;
+    bool accessRevoked_ = false;
+    bool spacesLookupsLogged_ = false;
 };
 
 }  // namespace quelto

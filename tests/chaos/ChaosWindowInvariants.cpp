@@ -50,10 +50,18 @@ void ChaosRun::checkQuitDecision() {
     if (desktop_->isHidden(pid)) return;  // hidden windows show nothing (and are counted)
     for (sim::ElementId window : desktop_->windowsOf(pid)) {
         // Windows Accessibility lists are counted as the design counts user windows (a window
-        // without a close button is none); the ones it cannot see, on another Space or in
-        // full screen, are what the window server must account for.
+        // without a close button is none); the user windows it cannot see, on another Space or
+        // in full screen, are what the window server must account for.
         if (desktop_->isListedInAXWindows(window)) continue;
         if (desktop_->isMinimized(window) || hasOddAttribute(window)) continue;
+        // A window its app ordered out is out of the user's reach.
+        if (desktop_->isOrderedOut(window)) continue;
+        // Nor one Accessibility does not count as a user window (a panel, a dialog, custom
+        // chrome without a close button): such windows keep no app alive.
+        if (auto spec = desktop_->windowSpec(window);
+            !spec || spec->role != "AXWindow" ||
+            (spec->subrole && *spec->subrole != "AXStandardWindow") || !spec->closeButton.present)
+            continue;
         std::optional<Rect> frame = desktop_->windowFrame(window);
         if (!frame || frame->size.width < minimumCountedWindowSide ||
             frame->size.height < minimumCountedWindowSide)

@@ -66,6 +66,15 @@ std::ostream& operator<<(std::ostream& out, const Case& c) {
 std::vector<Case> decisionOrder() {
     std::vector<Case> cases;
 
+    {  // 0. Revoked access, before everything: nothing was read, nothing is decided.
+        CloseFacts facts = lastWindowClosed();
+        facts.bundleID = "com.apple.finder";
+        facts.neverQuit = true;
+        facts.regular = false;
+        facts.accessRevoked = true;
+        facts.windows = std::nullopt;
+        cases.push_back({"access revoked", facts, std::nullopt, Reason::accessRevoked, {}, ""});
+    }
     {  // 1. The never-quit list, before the configuration is read and whatever else holds.
         CloseFacts facts = lastWindowClosed();
         facts.bundleID = "com.apple.finder";
@@ -78,6 +87,32 @@ std::vector<Case> decisionOrder() {
                          Reason::neverQuit,
                          {"→ EXCLUDED (never-quit list)"},
                          "always protected"});
+    }
+    {  // The never-quit list comes before the activation policy.
+        CloseFacts facts = lastWindowClosed();
+        facts.bundleID = "com.apple.finder";
+        facts.neverQuit = true;
+        facts.regular = false;
+        cases.push_back({"never-quit list, not regular",
+                         facts,
+                         std::nullopt,
+                         Reason::neverQuit,
+                         {"→ EXCLUDED (never-quit list)"},
+                         "always protected"});
+    }
+    {  // 1b. The activation policy at the decision, before the escape modifier and the rest.
+        CloseFacts facts = lastWindowClosed();
+        facts.regular = false;
+        facts.closes.wasRedDot = true;
+        facts.closes.modifiers = modifier::shift;
+        facts.sinceAttach = 1;
+        cases.push_back(
+            {"not a regular app",
+             facts,
+             liveAll(),
+             Reason::notRegular,
+             {"→ no action (TextEdit has no Dock icon now — only a regular app is quit)"},
+             "not a regular app — kept running"});
     }
     {  // 2. The escape modifier, before a disabled button and the attach grace.
         CloseFacts facts = lastWindowClosed();
@@ -212,6 +247,34 @@ std::vector<Case> decisionOrder() {
                          Reason::windowsUnknown,
                          {lastWindowNoAction, redDotWouldQuit,
                           "→ no action (could not read TextEdit’s windows: cannotComplete)"},
+                         "windows unknown — kept running"});
+    }
+    {  // A window that could not be classified makes the count unknown too, and is named.
+        CloseFacts facts = lastWindowClosed();
+        facts.windows = std::nullopt;
+        facts.windowsError = axerror::cannotComplete;
+        facts.unclassified = "Draft";
+        Config config = liveAll();
+        config.live = false;
+        cases.push_back(
+            {"a window not classified",
+             facts,
+             config,
+             Reason::windowsUnknown,
+             {lastWindowNoAction, redDotNoAction,
+              "→ no action (could not classify TextEdit’s window \"Draft\": cannotComplete)"},
+             "windows unknown — kept running"});
+    }
+    {  // A classification that failed without an error says so.
+        CloseFacts facts = lastWindowClosed();
+        facts.windows = std::nullopt;
+        facts.unclassified = "Draft";
+        cases.push_back({"a window not classified, no error",
+                         facts,
+                         liveAll(),
+                         Reason::windowsUnknown,
+                         {lastWindowNoAction, redDotNoAction,
+                          "→ no action (could not classify TextEdit’s window \"Draft\": no text)"},
                          "windows unknown — kept running"});
     }
     {  // Red-dot mode does not count windows.
