@@ -15,11 +15,23 @@ std::string graceText(double elapsed, const std::string& name) {
            " — too early to tell a close from a launch-time window swap)";
 }
 
+std::string settleText() {
+    return std::string("→ waiting ") + settleSeconds() +
+           " s for a window to follow before quitting (an app swapping windows shows none "
+           "for a moment)";
+}
+
 Verdict verdict(Verdict::Reason reason, std::vector<std::string> details, std::string outcome) {
     return Verdict{reason, std::move(details), std::move(outcome)};
 }
 
 }  // namespace
+
+std::string settleSeconds() {
+    char seconds[64];
+    std::snprintf(seconds, sizeof seconds, "%.1f", windowSwapSettle);
+    return seconds;
+}
 
 long CloseFacts::windowsLeft() const {
     if (!windows) return -1;
@@ -107,7 +119,14 @@ Verdict decide(const CloseFacts& facts, const std::optional<Config>& loaded) {
     }
 
     bool wouldQuit = config.mode == Config::Mode::lastWindow ? lastWindowQuits : redDotQuits;
-    if (!wouldQuit) return verdict(Reason::noAction, std::move(details), "no action");
+    if (!wouldQuit) {
+        // Counted again after the settle period, a window is there: the app swapped windows.
+        if (facts.settled && config.mode == Config::Mode::lastWindow && known) {
+            details.push_back("→ no action (a window followed — a window swap, not a last window)");
+            return verdict(Reason::windowSwap, std::move(details), "window swap — kept running");
+        }
+        return verdict(Reason::noAction, std::move(details), "no action");
+    }
 
     if (!config.live) {
         details.push_back("→ dry run (live = false)");
@@ -119,8 +138,15 @@ Verdict decide(const CloseFacts& facts, const std::optional<Config>& loaded) {
         return verdict(Reason::excludedByConfig, std::move(details), "excluded — kept running");
     }
 
-    if (config.mayQuit(facts.bundleID))
+    if (config.mayQuit(facts.bundleID)) {
+        // No window now may be a window swap: unless the red dot was clicked, count again
+        // after the settle period.
+        if (config.mode == Config::Mode::lastWindow && !closes.wasRedDot && !facts.settled) {
+            details.push_back(settleText());
+            return verdict(Reason::settling, std::move(details), "");
+        }
         return verdict(Reason::quit, std::move(details), "quitting");
+    }
 
     details.push_back("→ dry run (" + facts.bundleID + " is not armed)");
     return verdict(Reason::notArmed, std::move(details), "not armed");

@@ -45,6 +45,8 @@ struct CloseFacts {
     bool regular = true;
     // Accessibility access was revoked: nothing could be read, nothing is decided.
     bool accessRevoked = false;
+    // The windows were counted again after the settle period (`windowSwapSettle`).
+    bool settled = false;
 
     // The windows left: listed plus elsewhere; -1 when unknown.
     long windowsLeft() const;
@@ -65,6 +67,8 @@ struct Verdict {
         noAction,             // the configured mode's verdict is no action
         paused,               // the master switch is off
         excludedByConfig,     // the user's exclusions
+        settling,             // would quit, but waits the settle period and counts again
+        windowSwap,           // counted again after the settle period: a window followed
         quit,                 // ask the application to quit
         notArmed,             // not armed
     };
@@ -81,10 +85,20 @@ struct Verdict {
 // How the decision goes, in this order: revoked access (no verdict at all: the engine logs
 // that nothing was decided and journals nothing), never-quit list, activation policy, escape
 // modifier, disabled close button, attach grace, both modes' verdicts (always logged),
-// unknown windows, the configured mode, the master switch, the user's exclusions, the
-// arming. `config` is none only for a never-quit application, whose decision comes before the
-// configuration is read, and when access is revoked.
+// unknown windows, the configured mode (after the settle period, a window found is a window
+// swap), the master switch, the user's exclusions, the arming, and then, in last-window mode
+// without a credited red-dot click, the settle period (`settling`: nothing journalled yet)
+// before the quit. `config` is none only for a never-quit application, whose decision comes before
+// the configuration is read, and when access is revoked.
 Verdict decide(const CloseFacts& facts, const std::optional<Config>& config);
+
+// In last-window mode, a close that was not a credited red-dot click and leaves no window is
+// counted again this many seconds later, and quits only when there is still no window: many
+// apps replace one window by another (a welcome window by a project, an Open panel by the
+// document) with a moment of no window in between.
+inline constexpr double windowSwapSettle = 1.5;
+// The settle period as the log says it ("1.5").
+std::string settleSeconds();
 
 // What the journal says once a quit request was tried: only a request that went out is
 // "quitting".

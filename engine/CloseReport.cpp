@@ -76,9 +76,15 @@ std::optional<CloseFacts> Engine::gatherFacts(const PendingReport& gathered,
 }
 
 void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatcher>& watcher) {
+    decideOn(gathered, watcher, false);
+}
+
+void Engine::decideOn(const PendingReport& gathered, const std::shared_ptr<AppWatcher>& watcher,
+                      bool settled) {
     std::optional<Config> config;
     std::optional<CloseFacts> facts = gatherFacts(gathered, watcher, config);
     if (!facts) return;
+    facts->settled = settled;
     if (decide(*facts, config).reason == Verdict::Reason::accessRevoked) {
         log(watcher->name + "  window closed — Accessibility access is revoked, nothing decided");
         blankLine();
@@ -91,7 +97,11 @@ void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatc
     std::string closed = gathered.windowsClosed == 1
                              ? std::string("window")
                              : std::to_string(gathered.windowsClosed) + " windows";
-    log(facts->app + " (" + facts->bundleID + ")  " + closed + " closed  ←  " + cause);
+    if (settled)
+        log(facts->app + " (" + facts->bundleID + ")  counted again " + settleSeconds() +
+            " s after the " + closed + " closed  ←  " + cause);
+    else
+        log(facts->app + " (" + facts->bundleID + ")  " + closed + " closed  ←  " + cause);
     detail("windows remaining: " + (facts->windows ? std::to_string(left) : "unknown"));
     if (facts->windows)
         for (const RemainingWindow& window : *facts->windows)
@@ -102,6 +112,11 @@ void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatc
     // The verdict, and the quit request it calls for.
     Verdict verdict = decide(*facts, config);
     for (const std::string& line : verdict.details) detail(line);
+    if (verdict.reason == Verdict::Reason::settling) {
+        settle(gathered, watcher);
+        blankLine();
+        return;
+    }
     std::string outcome = verdict.outcome;
     bool quit = false;
     if (verdict.quits()) {

@@ -146,7 +146,7 @@ void Engine::appTerminated(const RunningApplicationRef& app) {
     std::string name = tracked ? tracked->name : displayName(*app);
 
     bool clicked = clicks_->hasCountingClick(pid);
-    bool inFlight = closes_->isGathering(pid);
+    bool inFlight = closes_->isGathering(pid) || settling_.count(pid) != 0;
 
     if (clicked || inFlight) {
         log(name + " quit on its own while a close was in flight — nothing to do");
@@ -163,6 +163,7 @@ void Engine::appTerminated(const RunningApplicationRef& app) {
 }
 
 void Engine::forget(Pid pid) {
+    settling_.erase(pid);
     clicks_->forget(pid);
     closes_->forget(pid);
     quits_->forget(pid);

@@ -9,6 +9,7 @@
 // each close decision: gather the facts, `decide` (engine/CloseDecision.h), write the log and
 // the journal, act. Everything runs on the main thread; delayed work holds the engine weakly.
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -97,6 +98,13 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     // Logs, once per run, that the Spaces lookups are missing.
     void noteSpacesLookupsMissing();
 
+    // The decision on gathered closes; `settled` when the windows are counted again after
+    // the settle period.
+    void decideOn(const PendingReport& gathered, const std::shared_ptr<AppWatcher>& watcher,
+                  bool settled);
+    // Counts the application's windows again after the settle period (engine/WindowSwap.cpp).
+    void settle(const PendingReport& gathered, const std::shared_ptr<AppWatcher>& watcher);
+
     // Makes the parts whose delayed work holds the engine weakly (once it is shared).
     void makeParts();
     // Drops everything kept about the process id: its clicks, its gathering report, its
@@ -127,6 +135,9 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     std::set<Pid> attachDue_;
     bool accessRevoked_ = false;
     bool spacesLookupsLogged_ = false;
+    // The settle periods under way, per process: a close that left no window, waiting to
+    // count again (engine/WindowSwap.cpp).
+    std::map<Pid, int> settling_;
 };
 
 }  // namespace quelto

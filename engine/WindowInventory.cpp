@@ -20,6 +20,7 @@ bool Engine::checkAccess() {
         // Clicks and closes gathered so far cannot be followed up: every read fails now.
         clicks_->clear();
         closes_->clear();
+        settling_.clear();
         log("Accessibility access was revoked — Quelto watches nothing and quits nothing until "
             "it is granted again");
         blankLine();
@@ -38,6 +39,7 @@ void Engine::accessTick() {
     // been refused: every application is attached afresh (the quit throttle stays).
     clicks_->clear();
     closes_->clear();
+    settling_.clear();
     apps_.clear();
     log("Accessibility access is back — watching again");
     attachToRunningApps();

@@ -181,6 +181,7 @@ std::vector<Case> decisionOrder() {
     {  // A disabled button gathered with a cached one is not the disabled case.
         CloseFacts facts = lastWindowClosed();
         facts.closes.misses = {CloseButtonMiss::disabled()};
+        facts.settled = true;
         cases.push_back({"disabled with a cached button",
                          facts,
                          liveAll(),
@@ -216,6 +217,7 @@ std::vector<Case> decisionOrder() {
     {  // The grace ends at five seconds.
         CloseFacts facts = lastWindowClosed();
         facts.sinceAttach = 5.0;
+        facts.settled = true;
         cases.push_back({"grace over",
                          facts,
                          liveAll(),
@@ -344,8 +346,9 @@ std::vector<Case> decisionOrder() {
                          {lastWindowNoAction, redDotWouldQuit, "→ excluded by config"},
                          "excluded — kept running"});
     }
-    {  // 9. Armed: quit.
+    {  // 9. Armed: quit, once counted again after the settle period.
         CloseFacts facts = lastWindowClosed();
+        facts.settled = true;
         Config config = liveAll();
         config.armAll = false;
         config.armed = {"com.apple.TextEdit"};
@@ -368,6 +371,63 @@ std::vector<Case> decisionOrder() {
              Reason::notArmed,
              {lastWindowWouldQuit, redDotNoAction, "→ dry run (com.apple.TextEdit is not armed)"},
              "not armed"});
+    }
+    {  // 11. Armed, last-window mode, no red dot, not yet counted again: the settle period.
+        CloseFacts facts = lastWindowClosed();
+        cases.push_back({"settle period",
+                         facts,
+                         liveAll(),
+                         Reason::settling,
+                         {lastWindowWouldQuit, redDotNoAction,
+                          "→ waiting 1.5 s for a window to follow before quitting (an app "
+                          "swapping windows shows none for a moment)"},
+                         ""});
+    }
+    {  // A credited red-dot click does not wait.
+        CloseFacts facts = lastWindowClosed();
+        facts.closes.wasRedDot = true;
+        cases.push_back({"red dot does not settle",
+                         facts,
+                         liveAll(),
+                         Reason::quit,
+                         {lastWindowWouldQuit, redDotWouldQuit},
+                         "quitting"});
+    }
+    {  // Nor does a decision that would not quit anyway.
+        CloseFacts facts = lastWindowClosed();
+        Config config = liveAll();
+        config.armAll = false;
+        cases.push_back(
+            {"not armed does not settle",
+             facts,
+             config,
+             Reason::notArmed,
+             {lastWindowWouldQuit, redDotNoAction, "→ dry run (com.apple.TextEdit is not armed)"},
+             "not armed"});
+    }
+    {  // Counted again after the settle period, a window is there: a window swap.
+        CloseFacts facts = redDotWithAWindowLeft();
+        facts.closes.wasRedDot = false;
+        facts.settled = true;
+        cases.push_back({"window swap",
+                         facts,
+                         liveAll(),
+                         Reason::windowSwap,
+                         {lastWindowNoAction, redDotNoAction,
+                          "→ no action (a window followed — a window swap, not a last window)"},
+                         "window swap — kept running"});
+    }
+    {  // A window on another Space found at the second count is one too.
+        CloseFacts facts = lastWindowClosed();
+        facts.settled = true;
+        facts.windowsElsewhere = 1;
+        cases.push_back({"window swap elsewhere",
+                         facts,
+                         liveAll(),
+                         Reason::windowSwap,
+                         {lastWindowNoAction, redDotNoAction,
+                          "→ no action (a window followed — a window swap, not a last window)"},
+                         "window swap — kept running"});
     }
     return cases;
 }
