@@ -63,7 +63,8 @@ bool AppWatcher::attach() {
                               std::string(nameOf(AXNotification::focusedWindowChanged))},
                              1);
 
-    for (const AXElement& window : axElements(appElement_, "AXWindows")) watch(window);
+    // A busy app may not answer the list now either: it is read again on the same schedule.
+    readWindowsAtAttach(1);
     return true;
 }
 

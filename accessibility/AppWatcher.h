@@ -118,6 +118,9 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
                                                    const std::vector<std::string>& names,
                                                    AXError& lastError);
     void registerAppNotifications(std::vector<std::string> names, int attempt);
+    // The window list read when attaching, tried again as the registrations are while the
+    // app answers cannot-complete (NotificationRegistration.cpp).
+    void readWindowsAtAttach(int attempt);
     void registerWindowNotifications(const AXElement& window, std::vector<std::string> names,
                                      int attempt);
     void handle(const std::string& notification, const AXElement& element);

@@ -280,5 +280,72 @@ TEST_F(WindowInventoryTest, AWindowOrderedOutWithoutAClickIsNoClose) {
     EXPECT_TRUE(journal().empty());
 }
 
+// Windows unreadable once are caught up.
+
+TEST_F(WindowInventoryTest, AWindowListUnreadableAtAttachIsReadAgainHalfASecondLater) {
+    desktop.injectError(desktop.applicationElementId(textEdit), "AXWindows",
+                        axerror::cannotComplete, 1);
+    startEngine();
+    EXPECT_EQ(watcherOf(textEdit)->trackedWindowCount(), 0u);
+    desktop.advance(0.5);
+    EXPECT_EQ(watcherOf(textEdit)->trackedWindowCount(), 2u);
+    EXPECT_TRUE(watcherOf(textEdit)->isWatched(refOf(notes)));
+}
+
+TEST_F(WindowInventoryTest, AWindowListUnreadableThroughEveryTryIsLoggedOnce) {
+    desktop.injectError(desktop.applicationElementId(textEdit), "AXWindows",
+                        axerror::cannotComplete, -1);
+    startEngine();
+    desktop.advance(10);
+    Lines log = takeLog();
+    int count = 0;
+    for (const auto& line : log)
+        if (line.find("TextEdit’s windows could not be read (cannotComplete) after 5 tries — they "
+                      "are found at its next focus change or close decision") != std::string::npos)
+            ++count;
+    EXPECT_EQ(count, 1);
+    EXPECT_EQ(watcherOf(textEdit)->trackedWindowCount(), 0u);
+}
+
+TEST_F(WindowInventoryTest, ARegistrationTakenLateCatchesUpWithTheWindowsOpenedMeanwhile) {
+    desktop.injectError(desktop.applicationElementId(textEdit), "register", axerror::cannotComplete,
+                        4);  // two tries of two notifications
+    startEngine();
+    auto meanwhile = addWindow(textEdit, "Meanwhile");
+    EXPECT_FALSE(watcherOf(textEdit)->isWatched(refOf(meanwhile)));
+    desktop.advance(0.5);  // the second try, refused
+    EXPECT_FALSE(watcherOf(textEdit)->isWatched(refOf(meanwhile)));
+    desktop.advance(1.0);  // the third, taken
+    EXPECT_TRUE(watcherOf(textEdit)->isWatched(refOf(meanwhile)));
+}
+
+TEST_F(WindowInventoryTest, AWindowNeverClassifiedIsConfirmedAtTheNextFocusChange) {
+    desktop.injectError(draft, "AXRole", axerror::cannotComplete, 4);
+    startEngine();
+    desktop.advance(10);
+    desktop.focusWindow(draft);
+    desktop.runDue();
+    desktop.closeWindowWithoutClick(draft);
+    desktop.advance(1);
+    ASSERT_EQ(journal().size(), 1u);
+    EXPECT_EQ(journal()[0].windowsLeft, 1);
+}
+
+TEST_F(WindowInventoryTest, AWindowNeverClassifiedIsConfirmedAtTheNextDecision) {
+    desktop.addApp(appSpec(102, "com.apple.Preview", "Preview"));
+    auto invoice = addWindow(102, "Invoice");
+    auto receipt = addWindow(102, "Receipt");
+    desktop.injectError(receipt, "AXRole", axerror::cannotComplete, 4);
+    startEngine();
+    desktop.advance(10);
+    desktop.closeWindowWithoutClick(invoice);  // its decision reads Receipt again
+    desktop.advance(1);
+    desktop.closeWindowWithoutClick(receipt);
+    desktop.advance(3);
+    ASSERT_EQ(journal().size(), 2u);
+    EXPECT_EQ(journal()[0].app, "Preview");
+    EXPECT_EQ(journal()[0].windowsLeft, 0);
+}
+
 }  // namespace
 }  // namespace quelto::enginetest
