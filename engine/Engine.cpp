@@ -83,38 +83,65 @@ void Engine::start() {
     detail("config: " + ConfigStore::path());
     blankLine();
 
-    attachToRunningApps();
     observeSpacesAndActivations();
     accessChecks_ = context_.mainQueue.scheduleRepeating(accessCheckInterval, [weak] {
         if (auto engine = weak.lock()) engine->accessTick();
     });
 
-    Config config = context_.config.load();
-    bool armed = config.armAll || !config.armed.empty();
-    if (config.live && armed)
-        detail("armed — closing the last window of an armed app WILL quit it");
-    else
-        detail("close some windows — nothing will be quit");
-    blankLine();
+    // The running apps are attached one per turn of the run loop; the report ends with the
+    // last of them.
+    attachToRunningApps([weak] {
+        auto engine = weak.lock();
+        if (!engine) return;
+        Config config = engine->context_.config.load();
+        bool armed = config.armAll || !config.armed.empty();
+        if (config.live && armed)
+            detail("armed — closing the last window of an armed app WILL quit it");
+        else
+            detail("close some windows — nothing will be quit");
+        blankLine();
+    });
 }
 
-void Engine::attachToRunningApps() {
-    std::vector<RunningApplicationRef> candidates;
+void Engine::attachToRunningApps(std::function<void()> then) {
+    auto candidates = std::make_shared<std::vector<RunningApplicationRef>>();
     for (const auto& app : context_.workspace.runningApplications())
-        if (app && isCandidate(*app)) candidates.push_back(app);
+        if (app && isCandidate(*app)) candidates->push_back(app);
 
-    log("attaching to " + std::to_string(candidates.size()) + " foreground apps");
-    for (const auto& app : candidates) {
-        Pid pid = app->processIdentifier();
-        std::shared_ptr<AppWatcher> watcher = apps_.watcherOf(pid);
-        if (!watcher) watcher = apps_.attach(app, *this, context_.watcherContext());
-        bool tracked = watcher != nullptr;
-        std::string windows =
-            tracked ? std::to_string(watcher->trackedWindowCount()) + " windows" : "—";
-        detail(std::string("  ") + (tracked ? "✓" : "✗") + " " +
-               app->localizedName().value_or("?") + "  (" +
-               app->bundleIdentifier().value_or("no bundle id") + ")  " + windows);
+    log("attaching to " + std::to_string(candidates->size()) + " foreground apps");
+    // A later round (access back) stops an earlier one still under way.
+    attachRound_ += 1;
+    attachNext(std::move(candidates), 0, attachRound_, std::move(then));
+}
+
+void Engine::attachNext(std::shared_ptr<std::vector<RunningApplicationRef>> candidates,
+                        std::size_t index, long round, std::function<void()> then) {
+    if (round != attachRound_ || accessRevoked_) return;
+    if (index >= candidates->size()) {
+        if (then) then();
+        return;
     }
+    // A busy app answers every call after its time-out: one app per turn, so that the run
+    // loop's other work (clicks, launches, the menu) runs between them.
+    const RunningApplicationRef& app = (*candidates)[index];
+    Pid pid = app->processIdentifier();
+    std::shared_ptr<AppWatcher> watcher = apps_.watcherOf(pid);
+    if (!watcher && !app->isTerminated())
+        watcher = apps_.attach(app, *this, context_.watcherContext());
+    bool tracked = watcher != nullptr;
+    std::string windows =
+        tracked ? std::to_string(watcher->trackedWindowCount()) + " windows" : "—";
+    detail(std::string("  ") + (tracked ? "✓" : "✗") + " " + app->localizedName().value_or("?") +
+           "  (" + app->bundleIdentifier().value_or("no bundle id") + ")  " + windows);
+
+    if (index + 1 >= candidates->size()) {
+        if (then) then();
+        return;
+    }
+    std::weak_ptr<Engine> weak = weak_from_this();
+    context_.mainQueue.async([weak, candidates, index, round, then] {
+        if (auto engine = weak.lock()) engine->attachNext(candidates, index + 1, round, then);
+    });
 }
 
 void Engine::appLaunched(const RunningApplicationRef& app) {

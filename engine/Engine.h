@@ -9,11 +9,13 @@
 // each close decision: gather the facts, `decide` (engine/CloseDecision.h), write the log and
 // the journal, act. Everything runs on the main thread; delayed work holds the engine weakly.
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "accessibility/AppWatcher.h"
 #include "accessibility/CloseButtonMiss.h"
@@ -91,8 +93,12 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     const ClickMonitor& clickMonitor() const { return *clickMonitor_; }
 
   private:
-    // Attaches to every running candidate, with the start-up report's lines.
-    void attachToRunningApps();
+    // Attaches to every running candidate, one per turn of the run loop, with the start-up
+    // report's lines; `then` runs after the last one.
+    void attachToRunningApps(std::function<void()> then = {});
+    void attachNext(std::shared_ptr<std::vector<RunningApplicationRef>> candidates,
+                    std::size_t index, long round, std::function<void()> then);
+    long attachRound_ = 0;
     void observeSpacesAndActivations();
     void accessTick();
     // Logs, once per run, that the Spaces lookups are missing.

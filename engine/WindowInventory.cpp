@@ -42,8 +42,7 @@ void Engine::accessTick() {
     settling_.clear();
     apps_.clear();
     log("Accessibility access is back — watching again");
-    attachToRunningApps();
-    blankLine();
+    attachToRunningApps([] { blankLine(); });
 }
 
 void Engine::noteSpacesLookupsMissing() {

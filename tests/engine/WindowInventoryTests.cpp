@@ -347,5 +347,35 @@ TEST_F(WindowInventoryTest, AWindowNeverClassifiedIsConfirmedAtTheNextDecision) 
     EXPECT_EQ(journal()[0].windowsLeft, 0);
 }
 
+// Busy apps do not stall Quelto again and again: one attach per turn of the run loop.
+
+TEST_F(WindowInventoryTest, TheRunningAppsAreAttachedOnePerTurnOfTheRunLoop) {
+    desktop.addApp(appSpec(102, "com.apple.Preview", "Preview"));
+    addWindow(102, "Invoice");
+    desktop.addApp(appSpec(103, "com.apple.mail", "Mail"));
+    engine = Engine::create(desktop.context());
+    engine->start();
+    EXPECT_EQ(engine->apps().size(), 1u);
+    desktop.runDue();
+    EXPECT_EQ(engine->apps().size(), 3u);
+    Lines log = takeLog();
+    ASSERT_FALSE(log.empty());
+    EXPECT_EQ(log[log.size() - 2],
+              "              armed — closing the last window of an armed app WILL quit it");
+}
+
+TEST_F(WindowInventoryTest, AccessBackDuringTheAttachRoundStartsAFreshRound) {
+    desktop.addApp(appSpec(102, "com.apple.Preview", "Preview"));
+    engine = Engine::create(desktop.context());
+    engine->start();
+    desktop.setTrusted(false);
+    desktop.advance(1.5);
+    EXPECT_TRUE(engine->accessRevoked());
+    desktop.setTrusted(true);
+    desktop.advance(1.5);
+    EXPECT_FALSE(engine->accessRevoked());
+    EXPECT_EQ(engine->apps().size(), 2u);
+}
+
 }  // namespace
 }  // namespace quelto::enginetest
