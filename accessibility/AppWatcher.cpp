@@ -63,7 +63,8 @@ bool AppWatcher::attach() {
                               std::string(nameOf(AXNotification::focusedWindowChanged))},
                              1);
 
-    for (const AXElement& window : axElements(appElement_, "AXWindows")) watch(window);
+    // A busy app may not answer the list now either: it is read again on the same schedule.
+    readWindowsAtAttach(1);
     return true;
 }
 
@@ -103,13 +104,12 @@ void AppWatcher::handle(const std::string& notification, const AXElement& elemen
             refreshCloseButton(element, 1);
             return;
         case AXNotification::elementDestroyed:
-            windowDestroyed(element);
+            windowGone(WindowRef{element});
             return;
     }
 }
 
-void AppWatcher::windowDestroyed(const AXElement& element) {
-    WindowRef ref{element};
+void AppWatcher::windowGone(const WindowRef& ref) {
     auto watched = watchedWindows_.find(ref);
     if (watched == watchedWindows_.end()) return;
     watchedWindows_.erase(watched);
@@ -160,25 +160,41 @@ std::vector<AXElement> AppWatcher::standardWindows() const {
 }
 
 std::vector<AXElement> AppWatcher::userWindows() const {
-    Read<std::vector<AXElement>> list = readUserWindows();
-    return list.value ? std::move(*list.value) : std::vector<AXElement>{};
+    UserWindowList list = readUserWindows();
+    return list.value ? std::move(list.value->windows) : std::vector<AXElement>{};
 }
 
-Read<std::vector<AXElement>> AppWatcher::readUserWindows() const {
+AppWatcher::UserWindowList AppWatcher::readUserWindows() const {
     Read<std::vector<AXElement>> list = axElementsChecked(appElement_, "AXWindows");
-    if (!list.value) return list;
-    std::vector<AXElement> windows;
+    if (!list.value) {
+        UserWindowList unknown;
+        unknown.error = list.error;
+        return unknown;
+    }
+    UserWindows out;
+    out.listed = *list.value;
     for (const AXElement& window : *list.value) {
-        if (standardness(window).kind != Standardness::Kind::standard) continue;
+        Standardness kind = standardness(window);
+        if (kind.kind == Standardness::Kind::unreadable) {
+            // Unknown is not zero: a window that cannot be classified may be the user's.
+            UserWindowList unknown;
+            unknown.error = kind.error;
+            unknown.unclassified = windowTitle(window);
+            return unknown;
+        }
+        if (kind.kind != Standardness::Kind::standard) continue;
         // Only a window that positively has no close button is left out; a slow application
         // (time-out, cannot-complete, no value) keeps its windows.
         Read<AXValue> button = axCopyChecked(window, "AXCloseButton");
         if (!button.value &&
             (button.error == axerror::attributeUnsupported || button.error == axerror::noValue))
             continue;
-        windows.push_back(window);
+        out.windows.push_back(window);
     }
-    return Read<std::vector<AXElement>>{std::move(windows), list.error};
+    UserWindowList read;
+    read.value = std::move(out);
+    read.error = list.error;
+    return read;
 }
 
 }  // namespace quelto

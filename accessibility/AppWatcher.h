@@ -64,10 +64,20 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     std::vector<AXElement> currentWindows() const;
     std::vector<AXElement> standardWindows() const;
     std::vector<AXElement> userWindows() const;
-    // The user windows, with how the read of the list went: when "AXWindows" cannot be read
-    // there is no list and `error` says why, so that an unreadable list is never taken for an
-    // application with no windows. One read of the list, as `userWindows()`.
-    Read<std::vector<AXElement>> readUserWindows() const;
+    // The windows "AXWindows" lists, and those of them that are the user's.
+    struct UserWindows {
+        std::vector<AXElement> windows;  // the user windows
+        std::vector<AXElement> listed;   // every window the list gave
+    };
+    // The user windows, or none with why, so that nothing unread is taken for fewer windows:
+    // when "AXWindows" cannot be read `error` is that read's; when a listed window's role or
+    // subrole cannot be read, it may be the user's, so the count is unknown too, `error` is
+    // that read's and `unclassified` the window's title. One read of the list, as
+    // `userWindows()`.
+    struct UserWindowList : Read<UserWindows> {
+        std::optional<std::string> unclassified;
+    };
+    UserWindowList readUserWindows() const;
     std::size_t trackedWindowCount() const { return watchedWindows_.size(); }
 
     // Catches up on windows the notifications missed; never drops a window.
@@ -89,6 +99,16 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
         return misses_;
     }
     bool isWatched(const WindowRef& window) const { return watchedWindows_.count(window) != 0; }
+    // A watched window that left for good without a destroyed notification (ordered out by
+    // its app as its answer to the red dot): dropped and reported as a destroyed one is.
+    void windowGone(const WindowRef& window);
+
+    // The elements of every watched window (on any Space).
+    std::vector<AXElement> watchedElements() const {
+        std::vector<AXElement> out;
+        for (const WindowRef& ref : watchedWindows_) out.push_back(ref.element);
+        return out;
+    }
 
   private:
     bool attach();
@@ -99,11 +119,12 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
                                                    const std::vector<std::string>& names,
                                                    AXError& lastError);
     void registerAppNotifications(std::vector<std::string> names, int attempt);
+    // The window list read when attaching, tried again as the registrations are while the
+    // app answers cannot-complete (NotificationRegistration.cpp).
+    void readWindowsAtAttach(int attempt);
     void registerWindowNotifications(const AXElement& window, std::vector<std::string> names,
                                      int attempt);
     void handle(const std::string& notification, const AXElement& element);
-    // A watched window's "AXUIElementDestroyed": forgets it, and reports it to the engine.
-    void windowDestroyed(const AXElement& element);
     bool refreshCloseButton(const AXElement& window, int attempt);
     void storeFrame(const WindowRef& ref, Rect frame);
     void forgetFrame(const WindowRef& ref);

@@ -2,11 +2,14 @@
 // attached half a second after its launch is often still starting and answers cannot-complete;
 // without a retry, every later window of that app would go unannounced. The registrations
 // still missing are tried again after 0.5, 1, 2 and 4 s (holding the watcher weakly), and one
-// log line says so when the last try fails too.
+// log line says so when the last try fails too. The window list read when attaching is tried
+// again on the same schedule, and a late registration of the app's notifications catches up
+// with the windows opened while it was missing.
 
 #include <string>
 #include <vector>
 
+#include "accessibility/AXRead.h"
 #include "accessibility/AppWatcher.h"
 #include "accessibility/WindowClassification.h"
 #include "settings/Log.h"
@@ -53,7 +56,11 @@ void AppWatcher::registerAppNotifications(std::vector<std::string> names, int at
     if (!observer_) return;
     AXError error;
     std::vector<std::string> again = registerNotifications(appElement_, names, error);
-    if (again.empty()) return;
+    if (again.empty()) {
+        // Taken late: the windows the app opened meanwhile were announced to no one.
+        if (attempt > 1) resync();
+        return;
+    }
     if (attempt >= tries) {
         quelto::log(name + " did not take " + joined(again) + " (" + error.name() + ") after " +
                     std::to_string(tries) +
@@ -65,6 +72,25 @@ void AppWatcher::registerAppNotifications(std::vector<std::string> names, int at
                                       if (auto self = weak.lock())
                                           self->registerAppNotifications(again, attempt + 1);
                                   });
+}
+
+void AppWatcher::readWindowsAtAttach(int attempt) {
+    if (!observer_) return;
+    AXElementsResult list = axElementsChecked(appElement_, "AXWindows");
+    if (list.elements) {
+        for (const AXElement& window : *list.elements) watch(window);
+        return;
+    }
+    if (!isTransient(list.error)) return;
+    if (attempt >= tries) {
+        quelto::log(name + "’s windows could not be read (" + list.error.name() + ") after " +
+                    std::to_string(tries) +
+                    " tries — they are found at its next focus change or close decision");
+        return;
+    }
+    context_.mainQueue.asyncAfter(retryDelays[attempt - 1], [weak = weak_from_this(), attempt] {
+        if (auto self = weak.lock()) self->readWindowsAtAttach(attempt + 1);
+    });
 }
 
 void AppWatcher::registerWindowNotifications(const AXElement& window,

@@ -66,6 +66,7 @@ const quelto::EngineContext& engineContext() {
                                                .accessibility = mac.accessibility,
                                                .mouse = mac.mouse,
                                                .windowServer = &mac.windowServer,
+                                               .spaces = &mac.spaces,
                                                .loginItem = &mac.loginItem,
                                                .collation = &mac.collation,
                                                .config = configStore(),

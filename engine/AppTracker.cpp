@@ -16,6 +16,13 @@ std::shared_ptr<AppWatcher> AppTracker::attach(const RunningApplicationRef& app,
     return watcher;
 }
 
+std::vector<std::shared_ptr<AppWatcher>> AppTracker::watchers() const {
+    std::vector<std::shared_ptr<AppWatcher>> out;
+    out.reserve(tracked_.size());
+    for (const auto& [pid, entry] : tracked_) out.push_back(entry.watcher);
+    return out;
+}
+
 bool AppTracker::watchesDeadProcess(Pid pid) const {
     auto found = tracked_.find(pid);
     return found != tracked_.end() && found->second.process->isTerminated();

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "accessibility/AppWatcher.h"
 #include "platform/Types.h"
@@ -28,6 +29,11 @@ class AppTracker {
 
     // Stops tracking `pid`, releasing its watcher.
     void forget(Pid pid) { tracked_.erase(pid); }
+    // Stops tracking every process.
+    void clear() { tracked_.clear(); }
+    // Every tracked watcher, in process-id order: a copy, so that what is done with them may
+    // change what is tracked.
+    std::vector<std::shared_ptr<AppWatcher>> watchers() const;
 
     // Whether the watcher under `pid` was made for a process that has since terminated.
     bool watchesDeadProcess(Pid pid) const;

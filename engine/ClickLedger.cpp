@@ -91,6 +91,13 @@ void ClickLedger::sustainIfBlocked(const WindowRef& window, Pid pid) {
         return;
     }
 
+    // A window its app ordered out as its answer to the red dot (kept, on no Space) is closed
+    // for the user, though no destroyed notification comes: its close is reported now.
+    if (isOrderedOut(context_.spaces, window.element)) {
+        watcher->windowGone(window);
+        return;
+    }
+
     bool blocked = watcher->isCloseBlocked(window);
     // The check's reads take time on a slow application: renewals count from when it
     // returned, or a long check would eat into the very time it grants.

@@ -59,6 +59,8 @@ class ClickLedger {
     bool hasCountingClick(Pid pid) const;
     // Drops every record of the process.
     void forget(Pid pid);
+    // Drops every record.
+    void clear() { clicks_.clear(); }
 
     // The window's record as it stands; nullptr when there is none.
     const ClickRecord* recordOf(const WindowRef& window) const;

@@ -15,11 +15,23 @@ std::string graceText(double elapsed, const std::string& name) {
            " — too early to tell a close from a launch-time window swap)";
 }
 
+std::string settleText() {
+    return std::string("→ waiting ") + settleSeconds() +
+           " s for a window to follow before quitting (an app swapping windows shows none "
+           "for a moment)";
+}
+
 Verdict verdict(Verdict::Reason reason, std::vector<std::string> details, std::string outcome) {
     return Verdict{reason, std::move(details), std::move(outcome)};
 }
 
 }  // namespace
+
+std::string settleSeconds() {
+    char seconds[64];
+    std::snprintf(seconds, sizeof seconds, "%.1f", windowSwapSettle);
+    return seconds;
+}
 
 long CloseFacts::windowsLeft() const {
     if (!windows) return -1;
@@ -47,9 +59,18 @@ ModifierFlags escapeMask(Config::Escape escape) {
 
 Verdict decide(const CloseFacts& facts, const std::optional<Config>& loaded) {
     using Reason = Verdict::Reason;
+    // Without Accessibility access nothing was read: there is nothing to decide on.
+    if (facts.accessRevoked) return verdict(Reason::accessRevoked, {}, "");
     // The built-in protection comes before the configuration is even read.
     if (facts.neverQuit || !loaded)
         return verdict(Reason::neverQuit, {"→ EXCLUDED (never-quit list)"}, "always protected");
+    // Only an app that is regular now may be quit: a menu-bar utility shows a Dock icon only
+    // while its settings window is open, and goes on running without it.
+    if (!facts.regular)
+        return verdict(
+            Reason::notRegular,
+            {"→ no action (" + facts.app + " has no Dock icon now — only a regular app is quit)"},
+            "not a regular app — kept running");
     const Config& config = *loaded;
     const PendingReport& closes = facts.closes;
 
@@ -84,14 +105,28 @@ Verdict decide(const CloseFacts& facts, const std::optional<Config>& loaded) {
     // Windows that could not be counted are not zero windows: the last-window verdict is
     // never reached through an unreadable list. (Red-dot mode does not count windows.)
     if (config.mode == Config::Mode::lastWindow && !known) {
-        details.push_back("→ no action (could not read " + facts.app +
-                          "’s windows: " + facts.windowsError.name() + ")");
+        if (facts.unclassified)
+            details.push_back("→ no action (could not classify " + facts.app + "’s window \"" +
+                              *facts.unclassified + "\": " +
+                              (facts.windowsError.isSuccess() ? std::string("no text")
+                                                              : facts.windowsError.name()) +
+                              ")");
+        else
+            details.push_back("→ no action (could not read " + facts.app +
+                              "’s windows: " + facts.windowsError.name() + ")");
         return verdict(Reason::windowsUnknown, std::move(details),
                        "windows unknown — kept running");
     }
 
     bool wouldQuit = config.mode == Config::Mode::lastWindow ? lastWindowQuits : redDotQuits;
-    if (!wouldQuit) return verdict(Reason::noAction, std::move(details), "no action");
+    if (!wouldQuit) {
+        // Counted again after the settle period, a window is there: the app swapped windows.
+        if (facts.settled && config.mode == Config::Mode::lastWindow && known) {
+            details.push_back("→ no action (a window followed — a window swap, not a last window)");
+            return verdict(Reason::windowSwap, std::move(details), "window swap — kept running");
+        }
+        return verdict(Reason::noAction, std::move(details), "no action");
+    }
 
     if (!config.live) {
         details.push_back("→ dry run (live = false)");
@@ -103,8 +138,15 @@ Verdict decide(const CloseFacts& facts, const std::optional<Config>& loaded) {
         return verdict(Reason::excludedByConfig, std::move(details), "excluded — kept running");
     }
 
-    if (config.mayQuit(facts.bundleID))
+    if (config.mayQuit(facts.bundleID)) {
+        // No window now may be a window swap: unless the red dot was clicked, count again
+        // after the settle period.
+        if (config.mode == Config::Mode::lastWindow && !closes.wasRedDot && !facts.settled) {
+            details.push_back(settleText());
+            return verdict(Reason::settling, std::move(details), "");
+        }
         return verdict(Reason::quit, std::move(details), "quitting");
+    }
 
     details.push_back("→ dry run (" + facts.bundleID + " is not armed)");
     return verdict(Reason::notArmed, std::move(details), "not armed");

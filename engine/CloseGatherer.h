@@ -42,6 +42,8 @@ class CloseGatherer {
     bool empty() const { return pending_.empty(); }
     // Drops the process's report: its gathering then ends with nothing to decide.
     void forget(Pid pid) { pending_.erase(pid); }
+    // Drops every report.
+    void clear() { pending_.clear(); }
 
   private:
     const EngineContext& context_;

@@ -21,7 +21,8 @@ void Engine::windowDestroyed(const WindowRef& ref, const std::shared_ptr<AppWatc
 std::optional<CloseFacts> Engine::gatherFacts(const PendingReport& gathered,
                                               const std::shared_ptr<AppWatcher>& watcher,
                                               std::optional<Config>& config) {
-    if (!context_.workspace.runningApplication(watcher->pid)) {
+    RunningApplicationRef running = context_.workspace.runningApplication(watcher->pid);
+    if (!running) {
         log(watcher->name + "  window closed — app already gone");
         blankLine();
         return std::nullopt;
@@ -32,8 +33,15 @@ std::optional<CloseFacts> Engine::gatherFacts(const PendingReport& gathered,
     facts.bundleID = watcher->bundleID;
     facts.closes = gathered;
 
+    // Without Accessibility access every read fails: nothing is read.
+    if (!checkAccess()) {
+        facts.accessRevoked = true;
+        return facts;
+    }
+    facts.regular = running->activationPolicy() == ActivationPolicy::regular;
+
     watcher->resync();
-    Read<std::vector<AXElement>> remaining = watcher->readUserWindows();
+    AppWatcher::UserWindowList remaining = watcher->readUserWindows();
 
     // The built-in protection comes before the configuration is even read.
     facts.neverQuit = neverQuitBundleIDs().count(watcher->bundleID) != 0;
@@ -43,19 +51,24 @@ std::optional<CloseFacts> Engine::gatherFacts(const PendingReport& gathered,
     // Accessibility lists only this Space's windows. In last-window mode, those the window
     // server shows on other Spaces or in full screen remain too.
     if (config && config->mode == Config::Mode::lastWindow && remaining.value &&
-        context_.windowServer)
-        facts.windowsElsewhere =
-            windowsOnOtherSpaces(*context_.windowServer, watcher->pid, *remaining.value);
+        context_.windowServer) {
+        OtherSpacesCount counted =
+            windowsOnOtherSpaces(*context_.windowServer, context_.spaces, watcher->pid,
+                                 remaining.value->listed, watcher->watchedElements());
+        facts.windowsElsewhere = counted.elsewhere;
+        if (counted.lookupsUnavailable) noteSpacesLookupsMissing();
+    }
 
     // A list that could not be read is unknown, never zero windows.
     if (remaining.value) {
         std::vector<RemainingWindow> windows;
-        windows.reserve(remaining.value->size());
-        for (const auto& window : *remaining.value)
+        windows.reserve(remaining.value->windows.size());
+        for (const auto& window : remaining.value->windows)
             windows.push_back(RemainingWindow{windowTitle(window), subroleDescription(window)});
         facts.windows = std::move(windows);
     } else {
         facts.windowsError = remaining.error;
+        facts.unclassified = remaining.unclassified;
     }
 
     facts.sinceAttach = context_.clock.now() - watcher->attachedAt;
@@ -63,9 +76,20 @@ std::optional<CloseFacts> Engine::gatherFacts(const PendingReport& gathered,
 }
 
 void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatcher>& watcher) {
+    decideOn(gathered, watcher, false);
+}
+
+void Engine::decideOn(const PendingReport& gathered, const std::shared_ptr<AppWatcher>& watcher,
+                      bool settled) {
     std::optional<Config> config;
     std::optional<CloseFacts> facts = gatherFacts(gathered, watcher, config);
     if (!facts) return;
+    facts->settled = settled;
+    if (decide(*facts, config).reason == Verdict::Reason::accessRevoked) {
+        log(watcher->name + "  window closed — Accessibility access is revoked, nothing decided");
+        blankLine();
+        return;
+    }
 
     // What happened, with the windows that remain.
     const std::string cause = facts->cause();
@@ -73,7 +97,11 @@ void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatc
     std::string closed = gathered.windowsClosed == 1
                              ? std::string("window")
                              : std::to_string(gathered.windowsClosed) + " windows";
-    log(facts->app + " (" + facts->bundleID + ")  " + closed + " closed  ←  " + cause);
+    if (settled)
+        log(facts->app + " (" + facts->bundleID + ")  counted again " + settleSeconds() +
+            " s after the " + closed + " closed  ←  " + cause);
+    else
+        log(facts->app + " (" + facts->bundleID + ")  " + closed + " closed  ←  " + cause);
     detail("windows remaining: " + (facts->windows ? std::to_string(left) : "unknown"));
     if (facts->windows)
         for (const RemainingWindow& window : *facts->windows)
@@ -84,6 +112,11 @@ void Engine::report(const PendingReport& gathered, const std::shared_ptr<AppWatc
     // The verdict, and the quit request it calls for.
     Verdict verdict = decide(*facts, config);
     for (const std::string& line : verdict.details) detail(line);
+    if (verdict.reason == Verdict::Reason::settling) {
+        settle(gathered, watcher);
+        blankLine();
+        return;
+    }
     std::string outcome = verdict.outcome;
     bool quit = false;
     if (verdict.quits()) {

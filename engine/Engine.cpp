@@ -83,38 +83,75 @@ void Engine::start() {
     detail("config: " + ConfigStore::path());
     blankLine();
 
-    std::vector<RunningApplicationRef> candidates;
-    for (const auto& app : workspace.runningApplications())
-        if (app && isCandidate(*app)) candidates.push_back(app);
+    observeSpacesAndActivations();
+    accessChecks_ = context_.mainQueue.scheduleRepeating(accessCheckInterval, [weak] {
+        if (auto engine = weak.lock()) engine->accessTick();
+    });
 
-    log("attaching to " + std::to_string(candidates.size()) + " foreground apps");
-    for (const auto& app : candidates) {
-        Pid pid = app->processIdentifier();
-        std::shared_ptr<AppWatcher> watcher = apps_.watcherOf(pid);
-        if (!watcher) watcher = apps_.attach(app, *this, context_.watcherContext());
-        bool tracked = watcher != nullptr;
-        std::string windows =
-            tracked ? std::to_string(watcher->trackedWindowCount()) + " windows" : "—";
-        detail(std::string("  ") + (tracked ? "✓" : "✗") + " " +
-               app->localizedName().value_or("?") + "  (" +
-               app->bundleIdentifier().value_or("no bundle id") + ")  " + windows);
+    // The running apps are attached one per turn of the run loop; the report ends with the
+    // last of them.
+    attachToRunningApps([weak] {
+        auto engine = weak.lock();
+        if (!engine) return;
+        Config config = engine->context_.config.load();
+        bool armed = config.armAll || !config.armed.empty();
+        if (config.live && armed)
+            detail("armed — closing the last window of an armed app WILL quit it");
+        else
+            detail("close some windows — nothing will be quit");
+        blankLine();
+    });
+}
+
+void Engine::attachToRunningApps(std::function<void()> then) {
+    auto candidates = std::make_shared<std::vector<RunningApplicationRef>>();
+    for (const auto& app : context_.workspace.runningApplications())
+        if (app && isCandidate(*app)) candidates->push_back(app);
+
+    log("attaching to " + std::to_string(candidates->size()) + " foreground apps");
+    // A later round (access back) stops an earlier one still under way.
+    attachRound_ += 1;
+    attachNext(std::move(candidates), 0, attachRound_, std::move(then));
+}
+
+void Engine::attachNext(std::shared_ptr<std::vector<RunningApplicationRef>> candidates,
+                        std::size_t index, long round, std::function<void()> then) {
+    if (round != attachRound_ || accessRevoked_) return;
+    if (index >= candidates->size()) {
+        if (then) then();
+        return;
     }
+    // A busy app answers every call after its time-out: one app per turn, so that the run
+    // loop's other work (clicks, launches, the menu) runs between them.
+    const RunningApplicationRef& app = (*candidates)[index];
+    Pid pid = app->processIdentifier();
+    std::shared_ptr<AppWatcher> watcher = apps_.watcherOf(pid);
+    if (!watcher && !app->isTerminated())
+        watcher = apps_.attach(app, *this, context_.watcherContext());
+    bool tracked = watcher != nullptr;
+    std::string windows =
+        tracked ? std::to_string(watcher->trackedWindowCount()) + " windows" : "—";
+    detail(std::string("  ") + (tracked ? "✓" : "✗") + " " + app->localizedName().value_or("?") +
+           "  (" + app->bundleIdentifier().value_or("no bundle id") + ")  " + windows);
 
-    Config config = context_.config.load();
-    bool armed = config.armAll || !config.armed.empty();
-    if (config.live && armed)
-        detail("armed — closing the last window of an armed app WILL quit it");
-    else
-        detail("close some windows — nothing will be quit");
-    blankLine();
+    if (index + 1 >= candidates->size()) {
+        if (then) then();
+        return;
+    }
+    std::weak_ptr<Engine> weak = weak_from_this();
+    context_.mainQueue.async([weak, candidates, index, round, then] {
+        if (auto engine = weak.lock()) engine->attachNext(candidates, index + 1, round, then);
+    });
 }
 
 void Engine::appLaunched(const RunningApplicationRef& app) {
     if (!app || !isCandidate(*app)) return;
+    attachDue_.insert(app->processIdentifier());
     std::weak_ptr<Engine> weak = weak_from_this();
     context_.mainQueue.asyncAfter(launchAttachDelay, [weak, app] {
         auto engine = weak.lock();
         if (!engine) return;
+        engine->attachDue_.erase(app->processIdentifier());
         // Gone before its watcher was due: its termination has been handled already, and a
         // watcher made now would sit on a dead process, or on a new one that reuses its id.
         if (app->isTerminated()) return;
@@ -136,7 +173,7 @@ void Engine::appTerminated(const RunningApplicationRef& app) {
     std::string name = tracked ? tracked->name : displayName(*app);
 
     bool clicked = clicks_->hasCountingClick(pid);
-    bool inFlight = closes_->isGathering(pid);
+    bool inFlight = closes_->isGathering(pid) || settling_.count(pid) != 0;
 
     if (clicked || inFlight) {
         log(name + " quit on its own while a close was in flight — nothing to do");
@@ -153,6 +190,7 @@ void Engine::appTerminated(const RunningApplicationRef& app) {
 }
 
 void Engine::forget(Pid pid) {
+    settling_.erase(pid);
     clicks_->forget(pid);
     closes_->forget(pid);
     quits_->forget(pid);
@@ -160,6 +198,8 @@ void Engine::forget(Pid pid) {
 }
 
 void Engine::handleClick(Point at, ModifierFlags modifiers) {
+    // Without Accessibility access nothing can be confirmed or followed.
+    if (accessRevoked_) return;
     clicks_->handleClick(at, modifiers);
 }
 

@@ -9,9 +9,13 @@
 // each close decision: gather the facts, `decide` (engine/CloseDecision.h), write the log and
 // the journal, act. Everything runs on the main thread; delayed work holds the engine weakly.
 
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "accessibility/AppWatcher.h"
 #include "accessibility/CloseButtonMiss.h"
@@ -68,6 +72,19 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     // writes the log and the journal, and asks the application to quit when the verdict says so.
     void report(const PendingReport& gathered, const std::shared_ptr<AppWatcher>& watcher);
 
+    // ---- Accessibility access, windows coming into view, activation policy
+    // (engine/WindowInventory.cpp) ----
+    // How often access is checked while the engine runs, in seconds.
+    static constexpr double accessCheckInterval = 1.0;
+    // Whether Accessibility access is there now; notices (and logs) when it has gone, after
+    // which nothing is acted on until it is back.
+    bool checkAccess();
+    bool accessRevoked() const { return accessRevoked_; }
+    // The workspace's activation and active-Space-changed notifications: an app that became
+    // regular is attached; the watchers whose windows came into view catch up.
+    void appActivated(const RunningApplicationRef& app);
+    void activeSpaceChanged();
+
     // ---- The parts, to look at ----
     const AppTracker& apps() const { return apps_; }
     const ClickLedger& clicks() const { return *clicks_; }
@@ -76,6 +93,24 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     const ClickMonitor& clickMonitor() const { return *clickMonitor_; }
 
   private:
+    // Attaches to every running candidate, one per turn of the run loop, with the start-up
+    // report's lines; `then` runs after the last one.
+    void attachToRunningApps(std::function<void()> then = {});
+    void attachNext(std::shared_ptr<std::vector<RunningApplicationRef>> candidates,
+                    std::size_t index, long round, std::function<void()> then);
+    long attachRound_ = 0;
+    void observeSpacesAndActivations();
+    void accessTick();
+    // Logs, once per run, that the Spaces lookups are missing.
+    void noteSpacesLookupsMissing();
+
+    // The decision on gathered closes; `settled` when the windows are counted again after
+    // the settle period.
+    void decideOn(const PendingReport& gathered, const std::shared_ptr<AppWatcher>& watcher,
+                  bool settled);
+    // Counts the application's windows again after the settle period (engine/WindowSwap.cpp).
+    void settle(const PendingReport& gathered, const std::shared_ptr<AppWatcher>& watcher);
+
     // Makes the parts whose delayed work holds the engine weakly (once it is shared).
     void makeParts();
     // Drops everything kept about the process id: its clicks, its gathering report, its
@@ -96,6 +131,19 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     std::unique_ptr<QuitRequester> quits_;
     Subscription launches_;
     Subscription terminations_;
+
+    // What follows access, Spaces and activations (engine/WindowInventory.cpp).
+    Subscription activations_;
+    Subscription spaceChanges_;
+    Subscription accessChecks_;
+    // Apps whose delayed attach is scheduled (a launch, or an activation that made a regular
+    // app of one that was not).
+    std::set<Pid> attachDue_;
+    bool accessRevoked_ = false;
+    bool spacesLookupsLogged_ = false;
+    // The settle periods under way, per process: a close that left no window, waiting to
+    // count again (engine/WindowSwap.cpp).
+    std::map<Pid, int> settling_;
 };
 
 }  // namespace quelto

@@ -9,6 +9,7 @@
 #include "platform/MainQueue.h"
 #include "platform/MouseMonitor.h"
 #include "platform/Services.h"
+#include "platform/Spaces.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 #include "settings/Activity.h"
@@ -28,6 +29,10 @@ struct EngineContext {
     // - no window server: a close-button hit is not confirmed (it stands as found), and no
     //   windows on other Spaces are counted;
     WindowServer* windowServer = nullptr;
+    // - no Spaces: no active-Space-changed or activation events (windows on other Spaces are
+    //   found only when their app's window list is read again), and no window counts as on
+    //   another Space;
+    Spaces* spaces = nullptr;
     // - no login item, no collation: the engine itself never uses them; they travel with the
     //   context for the parts of the program that share it.
     LoginItem* loginItem = nullptr;

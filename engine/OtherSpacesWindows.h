@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/Accessibility.h"
+#include "platform/Spaces.h"
 #include "platform/Types.h"
 #include "platform/WindowServer.h"
 
@@ -17,9 +18,23 @@ bool sameWindowBounds(const Rect& windowServer, const Rect& accessibility);
 // other Spaces: applications keep tiny helper windows there that the user never sees.
 inline constexpr double minimumCountedWindowSide = 40;
 
-// How many ordinary windows of the process `server` shows off screen, on another Space or in
-// full screen, beyond the `listed` windows Accessibility gave (matched by bounds). Reads the
-// window server's list of every Space once, and the listed windows' frames.
-int windowsOnOtherSpaces(WindowServer& server, Pid pid, const std::vector<AXElement>& listed);
+// How many ordinary windows of the process the window server places on another Space or in
+// full screen, beyond the `listed` windows Accessibility gave ("AXWindows", matched by window
+// number, else by bounds): not ordered out (on no Space), and not one of the `known` window
+// elements that Accessibility does not count as user windows. Reads the window server's list
+// of every Space once. Without the Spaces lookups (`spaces` absent, or its private calls
+// missing) nothing is counted and `lookupsUnavailable` says so.
+// Whether the window server places the window behind `window` on no Space: its app ordered it
+// out and kept it, out of the user's reach. False when that cannot be known (no Spaces, or
+// its lookups missing or failing).
+bool isOrderedOut(Spaces* spaces, const AXElement& window);
+
+struct OtherSpacesCount {
+    int elsewhere = 0;
+    bool lookupsUnavailable = false;
+};
+OtherSpacesCount windowsOnOtherSpaces(WindowServer& server, Spaces* spaces, Pid pid,
+                                      const std::vector<AXElement>& listed,
+                                      const std::vector<AXElement>& known = {});
 
 }  // namespace quelto

@@ -28,6 +28,7 @@ SimDesktop::SimDesktop(Date start, int utcOffsetSeconds) : state_(std::make_uniq
         .accessibility = *this,
         .mouse = *this,
         .windowServer = this,
+        .spaces = this,
         .loginItem = this,
         .collation = nullptr,
         .config = *config_,

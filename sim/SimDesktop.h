@@ -18,6 +18,7 @@
 #include "platform/MainQueue.h"
 #include "platform/MouseMonitor.h"
 #include "platform/Services.h"
+#include "platform/Spaces.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 #include "settings/ConfigStore.h"
@@ -47,6 +48,9 @@ struct WindowSpec {
     double closeDelay = 0.05;
     // The desktop Space it opens on (0: the current one).
     int space = 0;
+    // Its red dot orders it out (hides it, kept for later) instead of destroying it, as many
+    // apps do with a main window, a settings or an About panel.
+    bool hidesOnClose = false;
 };
 
 struct AppSpec {
@@ -112,7 +116,8 @@ class SimDesktop final : public Accessibility,
                          public Alerts,
                          public Pasteboard,
                          public HttpClient,
-                         public WindowServer {
+                         public WindowServer,
+                         public Spaces {
   public:
     // `start` is the virtual wall-clock time; `utcOffsetSeconds` the local time zone offset.
     explicit SimDesktop(Date start = Date{1767225600.0}, int utcOffsetSeconds = 0);
@@ -299,6 +304,23 @@ class SimDesktop final : public Accessibility,
     // A close by keyboard shortcut, menu or program: the window goes without a click.
     void closeWindowWithoutClick(ElementId window);
 
+    // ---- Ordered-out windows, Space events, the Spaces lookups (SimSpaces.cpp) ----
+    // The application hides a window without destroying it (orderOut:): it leaves the screen
+    // and the application's "AXWindows", stays in the window server's list of every Space as
+    // a window off screen on no Space, and its element stays valid. No destroyed
+    // notification is sent. Ordering it in again shows it in front, on the current Space.
+    void orderOutWindow(ElementId window);
+    void orderInWindow(ElementId window);
+    bool isOrderedOut(ElementId window) const;
+    // The window's description as the model holds it now (its role, subrole and close button
+    // as changed since), read without an Accessibility call; none for no live window.
+    std::optional<WindowSpec> windowSpec(ElementId window) const;
+    // Whether the private Spaces lookups exist on this system (they do by default).
+    void setSpacesLookupsAvailable(bool available);
+    // Workspace notifications posted so far: active-Space changes and activations.
+    int activeSpaceChangeCount() const;
+    const std::vector<Pid>& activationNotifications() const;
+
     // Posts any notification as the application would: one delivery per registration of
     // `notification` on `registeredOn`, passing the element `subject`.
     void postNotification(ElementId registeredOn, const std::string& notification,
@@ -403,6 +425,13 @@ class SimDesktop final : public Accessibility,
     void send(const HttpRequest& request, std::function<void(HttpResult)> completion) override;
 
     std::vector<WindowServerWindow> windowList(WindowListScope scope) override;
+
+    Subscription observeActiveSpaceChanges(std::function<void()> handler) override;
+    Subscription observeActivations(ApplicationHandler handler) override;
+    bool lookupsAvailable() override;
+    std::optional<std::uint32_t> windowNumber(const AXElement& window) override;
+    std::optional<SpaceID> activeSpace() override;
+    std::optional<std::vector<SpaceID>> spacesOfWindow(std::uint32_t number) override;
 
     struct State;  // the implementation's model
 

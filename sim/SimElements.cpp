@@ -92,6 +92,9 @@ AXError SimDesktop::State::read(ElementId id, const std::string& attribute,
     ++readsByElement[{id, attribute}];
     value.reset();
     if (readHook) readHook(id, attribute);
+    // Without Accessibility access every call fails at once, as on a Mac once the user
+    // revokes it in System Settings.
+    if (!trusted) return axerror::apiDisabled;
     // The call blocks the main thread until the app answers or the time-out passes.
     if (AXError late = spendReadTime(id); !late.isSuccess()) return late;
 
@@ -273,6 +276,7 @@ void SimDesktop::State::destroyWindow(ElementId id, bool notify) {
     Pid pid = w->pid;
     bool wasFocused = focusedWindowOf(pid) == id;
     w->alive = false;
+    leaveFullScreenSpaceOf(*w);
     zOrder.erase(std::remove(zOrder.begin(), zOrder.end(), id), zOrder.end());
     std::vector<ElementId> sheets = w->sheets;
     if (Element* button = find(w->closeButton)) button->alive = false;
@@ -303,6 +307,8 @@ void SimDesktop::State::scheduleClose(ElementId id) {
         Element* window = liveWindow(id);
         if (!window) return;
         window->closeScheduled = false;
+        // An app that keeps the window for later orders it out instead of destroying it.
+        if (window->desc.hidesOnClose) return orderOut(id);
         destroyWindow(id, true);
         lastWindowCheck(pid);
     });

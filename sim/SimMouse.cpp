@@ -86,7 +86,7 @@ void SimDesktop::release(Point point) {
         // Option-click closes every window of the application that can close.
         for (ElementId other : s.windowsOf(pid)) {
             const Element* o = s.liveWindow(other);
-            if (!o || !o->desc.closeButton.present) continue;
+            if (!o || !o->desc.closeButton.present || o->orderedOut) continue;
             if (o->desc.closeButton.enabled == std::optional<bool>(false)) continue;
             if (!o->sheets.empty()) continue;
             s.requestClose(other);

@@ -27,6 +27,7 @@ AXError SimObserver::addNotification(const AXElement& element, const std::string
     ++state_->notificationRequests;
     auto* sim = dynamic_cast<const SimElement*>(element.get());
     if (!sim) return axerror::illegalArgument;
+    if (!state_->trusted) return axerror::apiDisabled;
     const Element* e = state_->find(sim->id());
     if (!e || !e->alive) return axerror::invalidUIElement;
     // Registering is a message to the app: it waits for an app that does not answer, and
@@ -57,6 +58,8 @@ void SimObserver::removeRunLoopSourceFromMainRunLoop() {
 
 void SimDesktop::State::post(ElementId registeredOn, const std::string& notification,
                              ElementId subject) {
+    // Without Accessibility access no notification reaches an observer.
+    if (!trusted) return;
     for (const auto& [observerId, rec] : observers) {
         for (const Registration& reg : rec.registrations) {
             if (reg.element != registeredOn || reg.notification != notification) continue;

@@ -20,7 +20,8 @@ bool SimDesktop::State::onScreen(const Element& w) const {
         const Element* parent = find(w.parent);
         return parent && onScreen(*parent);
     }
-    if (w.kind != ElementKind::window || w.minimized || w.space != currentSpace) return false;
+    if (w.kind != ElementKind::window || w.minimized || w.orderedOut || w.space != currentSpace)
+        return false;
     const AppRecord* app = runningApp(w.pid);
     return app && !app->hidden;
 }
@@ -28,7 +29,8 @@ bool SimDesktop::State::onScreen(const Element& w) const {
 std::vector<ElementId> SimDesktop::State::accessibleWindowsOf(Pid pid) const {
     std::vector<ElementId> out;
     for (ElementId id : windowsOf(pid))
-        if (find(id)->space == currentSpace) out.push_back(id);
+        if (const Element* w = find(id); w->space == currentSpace && !w->orderedOut)
+            out.push_back(id);
     return out;
 }
 
@@ -63,7 +65,7 @@ void SimDesktop::State::activate(Pid pid, bool allWindows) {
             formerFrontmost.end());
         formerFrontmost.push_back(*frontmost);
     }
-    frontmost = pid;
+    setFront(pid);
     if (app->hidden) {
         app->hidden = false;
         post(app->appElement, "AXApplicationShown", app->appElement);
@@ -102,7 +104,7 @@ void SimDesktop::hideApp(Pid pid) {
     if (!app || app->hidden) return;
     app->hidden = true;
     s.post(app->appElement, "AXApplicationHidden", app->appElement);
-    if (s.frontmost == pid) s.frontmost = s.nextFrontmost(pid);
+    if (s.frontmost == pid) s.setFront(s.nextFrontmost(pid));
 }
 
 void SimDesktop::unhideApp(Pid pid) {
@@ -152,9 +154,8 @@ void SimDesktop::switchToSpace(int space) {
     State& s = *state_;
     if (space < 1) return;
     s.desktopSpaces = std::max(s.desktopSpaces, space < 1000 ? space : 0);
-    s.currentSpace = space;
     // The application of the frontmost window there becomes active, as on a Mac.
-    if (auto next = s.nextFrontmost(0)) s.frontmost = next;
+    s.changeSpace(space);
 }
 
 int SimDesktop::currentSpace() const {
@@ -184,7 +185,8 @@ void SimDesktop::enterFullScreen(ElementId window) {
     w->space = s.nextFullScreenSpace++;
     w->desc.frame = s.screen;
     // The window's Space becomes the current one, with its application active.
-    s.currentSpace = w->space;
+    int fullScreenSpace = w->space;
+    s.changeSpace(fullScreenSpace);
     s.activate(w->pid, false);
     s.raise(window);
     s.post(window, std::string(nameOf(AXNotification::windowMoved)), window);
@@ -198,7 +200,8 @@ void SimDesktop::exitFullScreen(ElementId window) {
     w->space = *w->fullScreenFrom;
     w->fullScreenFrom.reset();
     w->desc.frame = w->frameBeforeFullScreen;
-    s.currentSpace = w->space;
+    int backTo = w->space;
+    s.changeSpace(backTo);
     s.activate(w->pid, false);
     s.raise(window);
     s.post(window, std::string(nameOf(AXNotification::windowMoved)), window);

@@ -64,6 +64,8 @@ struct Element {
     // A dialog that is app-modal (an alert run modally): while it is up, the application's
     // other windows ignore their close buttons.
     bool appModal = false;
+    // Ordered out by its application: kept, but on no Space and off screen.
+    bool orderedOut = false;
 
     std::map<std::string, AttributeOverride> overrides;
     std::optional<float> messagingTimeout;
@@ -306,6 +308,25 @@ struct SimDesktop::State {
         bool onCloseButton = false;
     };
     std::optional<Press> press;
+
+    // ---- Space events and lookups, ordered-out windows (SimSpaces.cpp) ----
+    std::vector<std::shared_ptr<WorkspaceHandler>> activationHandlers;
+    std::vector<std::shared_ptr<std::function<void()>>> spaceChangeHandlers;
+    bool spacesLookups = true;
+    int activeSpaceChanges = 0;
+    std::vector<Pid> activationsPosted;
+    // Makes the application frontmost (or none); an application that becomes frontmost is
+    // announced to the activation observers.
+    void setFront(std::optional<Pid> pid);
+    // The active-Space-changed notification, to every observer.
+    void postActiveSpaceChanged();
+    // Switches Spaces as the user (or the system) does: the app of the frontmost window there
+    // becomes active, and only that app is told of a new focused window.
+    void changeSpace(int space);
+    // A full-screen window that leaves (closed, ordered out, its app gone): the desktop
+    // shows the Space it came from.
+    void leaveFullScreenSpaceOf(const Element& window);
+    void orderOut(ElementId window);
 
     // ---- Services ----
     bool trusted = true;

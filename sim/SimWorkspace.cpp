@@ -107,7 +107,7 @@ void SimDesktop::State::terminate(Pid pid) {
         if (auto a = weak.lock()) a->listed = false;
     });
     // The application of the next window in the stack becomes frontmost.
-    if (frontmost == pid) frontmost = nextFrontmost(pid);
+    if (frontmost == pid) setFront(nextFrontmost(pid));
     deliverWorkspace(terminationHandlers, app);
 }
 
@@ -132,7 +132,7 @@ void SimDesktop::setFrontmost(std::optional<Pid> pid) {
     if (pid && !s.runningApp(*pid)) return;
     if (!pid) {
         if (s.frontmost) s.formerFrontmost.push_back(*s.frontmost);
-        s.frontmost.reset();
+        s.setFront(std::nullopt);
         return;
     }
     // Activating an application unhides it and brings its windows forward, in their order.
@@ -155,7 +155,7 @@ void SimDesktop::setActivationPolicy(Pid pid, ActivationPolicy policy) {
             return;
         }
     }
-    s.frontmost.reset();
+    s.setFront(std::nullopt);
 }
 
 void SimDesktop::setOwnPid(Pid pid) {

@@ -114,9 +114,10 @@ std::string commandsText() {
         "expect quit-requests APP N",
         "expect window APP \"TITLE\" open|closed",
         ("expect window APP \"TITLE\" on-screen|off-screen|minimized|listed|unlisted|focused|"
-         "front"),
+         "front|ordered-out"),
         "                                  where the window is (listed: in its app's AXWindows)",
         "expect frontmost APP|none         which app is frontmost",
+        "expect space N                    which desktop Space is current",
         "expect [no] config                the configuration file exists",
         "expect [no] config line \"LINE\"    the configuration file has the line",
         "expect [no] menu row \"TITLE\" [checked|unchecked|enabled|disabled]",

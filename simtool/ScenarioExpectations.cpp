@@ -39,7 +39,7 @@ void Parser::expectCommand(Args& args) {
         {"quit-requests", "expect quit-requests APP N"},
         {"window",
          "expect window APP \"TITLE\" open|closed|on-screen|off-screen|minimized|listed|"
-         "unlisted|focused|front"},
+         "unlisted|focused|front|ordered-out"},
         {"frontmost", "expect frontmost APP|none"},
         {"config", "expect [no] config [line \"LINE\"]"},
         {"menu", "expect [no] menu row \"TITLE\" [checked|unchecked|enabled|disabled]"},
@@ -51,6 +51,7 @@ void Parser::expectCommand(Args& args) {
         {"dock-icon", "expect [no] dock-icon"},
         {"opened", "expect [no] opened \"TEXT\""},
         {"stall", "expect stall at most|at least DURATION"},
+        {"space", "expect space N"},
     };
     if (auto u = usages.find(*subject); u != usages.end()) args.setUsage(u->second);
     if (*subject == "log") return expectLog(args, negated);
@@ -70,6 +71,10 @@ void Parser::expectCommand(Args& args) {
     if (*subject == "config") return expectConfig(args, negated);
     if (*subject == "opened") return expectOpened(args, negated);
     if (*subject == "stall") return expectStall(args, negated);
+    if (*subject == "space") {
+        if (negated) return args.fail("expect space cannot be negated; name the current Space");
+        return expectSpace(args);
+    }
     if (*subject == "frontmost") {
         if (negated) return args.fail("write expect frontmost APP or expect frontmost none");
         return expectFrontmost(args);
@@ -79,7 +84,7 @@ void Parser::expectCommand(Args& args) {
     std::vector<std::string> subjects = {
         "log",        "journal",   "running",   "asked-to-quit", "quit-requests", "window",
         "config",     "frontmost", "menu",      "icon",          "tooltip",       "settings",
-        "pasteboard", "alert",     "dock-icon", "opened",        "stall"};
+        "pasteboard", "alert",     "dock-icon", "opened",        "stall",         "space"};
     std::string message = "unknown expectation " + inQuotes(*subject);
     if (auto near = closestWord(*subject, subjects))
         message += " (did you mean \"" + *near + "\"?)";
@@ -304,15 +309,16 @@ void Parser::expectWindow(Args& args) {
     if (!ref) return;
     static const std::vector<std::string> states = {"open",       "closed",    "on-screen",
                                                     "off-screen", "minimized", "listed",
-                                                    "unlisted",   "focused",   "front"};
+                                                    "unlisted",   "focused",   "front",
+                                                    "ordered-out"};
     auto state = args.bare(
         "open, closed, on-screen, off-screen, minimized, listed, unlisted, "
-        "focused or front");
+        "focused, front or ordered-out");
     if (!state) return;
     if (std::find(states.begin(), states.end(), *state) == states.end()) {
         std::string message =
             "a window is expected open, closed, on-screen, off-screen, "
-            "minimized, listed, unlisted, focused or front, not " +
+            "minimized, listed, unlisted, focused, front or ordered-out, not " +
             inQuotes(*state);
         if (auto near = closestWord(*state, states))
             message += " (did you mean \"" + *near + "\"?)";
@@ -352,6 +358,7 @@ void Parser::expectWindow(Args& args) {
         is.push_back(d.isListedInAXWindows(id) ? "listed" : "unlisted");
         if (d.focusedWindow(owner) == id) is.push_back("focused");
         if (front == id) is.push_back("front");
+        if (d.isOrderedOut(id)) is.push_back("ordered-out");
         bool holds = std::find(is.begin(), is.end(), want) != is.end();
         std::string found;
         for (const std::string& s : is) found += (found.empty() ? "" : ", ") + s;

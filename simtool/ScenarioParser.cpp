@@ -177,6 +177,23 @@ const std::vector<Parser::Command>& Parser::commands() {
           "The window goes full screen on a Space of its own, which becomes current; off: it "
           "comes back to its Space and frame."},
          &Parser::fullScreenCommand},
+        // ---- What counts as an app's windows: ordered-out windows, policy changes, the
+        // Spaces lookups (ScenarioInventory.cpp) ----
+        {{"order-out", "order-out APP \"TITLE\"",
+          "The app hides the window without destroying it: it leaves the screen and the app's "
+          "AXWindows, no destroyed notification is sent, and the window server keeps it off "
+          "screen on no Space."},
+         &Parser::orderOutCommand},
+        {{"order-in", "order-in APP \"TITLE\"",
+          "The app shows an ordered-out window again, in front, on the current Space."},
+         &Parser::orderOutCommand},
+        {{"policy", "policy APP regular|accessory|prohibited",
+          "The running app changes its activation policy (a Dock icon or not)."},
+         &Parser::policyCommand},
+        {{"spaces-lookups", "spaces-lookups available|unavailable",
+          "Whether the system has the private lookups of a window's number and Spaces "
+          "(available by default)."},
+         &Parser::spacesLookupsCommand},
         {{"click",
           "click X,Y [MODIFIERS] | click close APP \"TITLE\" [MODIFIERS] | click APP \"TITLE\" "
           "[MODIFIERS]",

@@ -214,6 +214,11 @@ class Parser {
     // ScenarioOpenedCommands.cpp
     void showOpened(Args& args);
     void expectOpened(Args& args, bool negated);
+    // ScenarioInventory.cpp
+    void orderOutCommand(Args& args);
+    void policyCommand(Args& args);
+    void spacesLookupsCommand(Args& args);
+    void expectSpace(Args& args);
     // ScenarioTimingCommands.cpp
     void hangCommand(Args& args);
     void keepOpenCommand(Args& args);

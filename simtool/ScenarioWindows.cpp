@@ -91,10 +91,13 @@ void Parser::windowCommand(Args& args) {
             desc.space = *n;
         } else if (*w == "unannounced") {
             notify = false;
+        } else if (*w == "hides-on-close") {
+            desc.hidesOnClose = true;
         } else {
             std::vector<std::string> options = {"at",          "size",         "role",
                                                 "subrole",     "close-button", "asks-to-save",
-                                                "close-delay", "space",        "unannounced"};
+                                                "close-delay", "space",        "unannounced",
+                                                "hides-on-close"};
             std::string message = "unknown window option " + inQuotes(*w);
             if (auto near = closestWord(*w, options))
                 message += " (did you mean \"" + *near + "\"?)";

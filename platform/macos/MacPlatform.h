@@ -8,6 +8,7 @@
 #include "platform/MainQueue.h"
 #include "platform/MouseMonitor.h"
 #include "platform/Services.h"
+#include "platform/Spaces.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 
@@ -26,6 +27,7 @@ struct MacServices {
     Pasteboard& pasteboard;
     Collation& collation;
     WindowServer& windowServer;
+    Spaces& spaces;
 };
 
 // The services, made (and the notification bridge installed) on the first call, on the main

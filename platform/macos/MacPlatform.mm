@@ -9,6 +9,7 @@
 #include "platform/macos/MacMouseMonitor.h"
 #include "platform/macos/MacNotificationBridge.h"
 #include "platform/macos/MacPasteboard.h"
+#include "platform/macos/MacSpaces.h"
 #include "platform/macos/MacSystemInfo.h"
 #include "platform/macos/MacWindowServer.h"
 #include "platform/macos/MacWorkspace.h"
@@ -29,11 +30,12 @@ MacServices& macServices() {
     static MacPasteboard pasteboard;
     static MacCollation collation;
     static MacWindowServer windowServer;
+    static MacSpaces spaces;
     static MacServices services = [] {
         installNotificationBridge();
-        return MacServices{accessibility, workspace,  mainQueue, clock,
-                           mouse,         system,     loginItem, http,
-                           alerts,        pasteboard, collation, windowServer};
+        return MacServices{accessibility, workspace,    mainQueue, clock,  mouse,
+                           system,        loginItem,    http,      alerts, pasteboard,
+                           collation,     windowServer, spaces};
     }();
     return services;
 }

@@ -21,7 +21,7 @@ std::string where(Point p) {
 
 void ChaosRun::desktopEvent() {
     sim::SimDesktop& d = *desktop_;
-    switch (random_.below(8)) {
+    switch (random_.below(11)) {
         case 0:
             if (auto pid = randomRunningApp()) {
                 bool hide = !d.isHidden(*pid);
@@ -70,6 +70,37 @@ void ChaosRun::desktopEvent() {
         case 5:
         case 6:
             pressAndRelease();
+            break;
+        // ---- Windows kept but not shown, activation policies, access revoked ----
+        case 8:
+            if (auto window = randomWindow()) {
+                bool out = !d.isOrderedOut(*window);
+                note(std::string(out ? "order out" : "order in") + " window " +
+                     std::to_string(*window));
+                if (out)
+                    d.orderOutWindow(*window);
+                else
+                    d.orderInWindow(*window);
+            }
+            break;
+        case 9:
+            if (auto pid = randomRunningApp()) {
+                auto app = d.runningApplication(*pid);
+                bool regular = app && app->activationPolicy() == ActivationPolicy::regular;
+                note("pid " + std::to_string(*pid) + " becomes " +
+                     (regular ? "accessory" : "regular"));
+                d.setActivationPolicy(
+                    *pid, regular ? ActivationPolicy::accessory : ActivationPolicy::regular);
+            }
+            break;
+        case 10:
+            if (!d.isProcessTrusted()) {
+                note("Accessibility access granted again");
+                d.setTrusted(true);
+            } else if (random_.unit() < 0.3) {
+                note("Accessibility access revoked");
+                d.setTrusted(false);
+            }
             break;
         default:
             stackOverCloseButton();

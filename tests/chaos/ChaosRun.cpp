@@ -561,6 +561,7 @@ bool ChaosRun::fail(const std::string& what) {
 
 bool ChaosRun::check() {
     if (!brokenPromise_.empty()) return fail(brokenPromise_);
+    if (std::string unseen = checkClosesSeen(); !unseen.empty()) return fail(unseen);
     const auto& entries = Activity::shared().entries();
     if (entries.size() > ActivityTestSeam::limit())
         return fail("the journal holds " + std::to_string(entries.size()) + " entries");

@@ -28,6 +28,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "engine/Engine.h"
@@ -113,6 +114,10 @@ class ChaosRun {
     void pressChecked(Point at, ModifierFlags flags);
     void checkQuitDecision();
     bool hasOddAttribute(sim::ElementId window) const;
+    // The promise that a close of a watched window is never unseen: a window watched with its
+    // destroyed notification registered, gone from the desktop, must leave its watcher soon
+    // (unless access is revoked). Empty when it holds.
+    std::string checkClosesSeen();
 
     bool check();
     bool fail(const std::string& what);
@@ -143,6 +148,14 @@ class ChaosRun {
     std::string failure_;
     // A promise found broken in the middle of a step, reported by the next check.
     std::string brokenPromise_;
+    // Windows watched with their destroyed notification registered, with their process, and
+    // the moment each was first found gone while still watched.
+    struct WatchedWindow {
+        Pid pid = 0;
+        sim::ElementId id = 0;
+        std::optional<double> goneSince;
+    };
+    std::unordered_map<WindowRef, WatchedWindow> watchedWindows_;
     Tally tally_;
 };
 

@@ -38,6 +38,46 @@ void ChaosRun::pressChecked(Point at, ModifierFlags flags) {
     });
 }
 
+std::string ChaosRun::checkClosesSeen() {
+    // How long a destroyed notification may take to arrive and be handled, in seconds: the
+    // desktop delivers it on the main queue, behind whatever is due (a hung app's reads).
+    constexpr double grace = 3.0;
+    if (!engine_) return {};
+    double now = desktop_->now().seconds;
+    std::unordered_map<WindowRef, sim::ElementId> live;
+    for (Pid pid : running_) {
+        std::shared_ptr<AppWatcher> watcher = engine_->apps().watcherOf(pid);
+        for (sim::ElementId id : desktop_->windowsOf(pid)) {
+            WindowRef ref{desktop_->element(id)};
+            live.emplace(ref, id);
+            if (watcher && watcher->isWatched(ref) &&
+                desktop_->registrationCount(id, "AXUIElementDestroyed") > 0)
+                watchedWindows_.try_emplace(ref, WatchedWindow{pid, id, std::nullopt});
+        }
+    }
+    for (auto it = watchedWindows_.begin(); it != watchedWindows_.end();) {
+        auto& [ref, window] = *it;
+        std::shared_ptr<AppWatcher> watcher = engine_->apps().watcherOf(window.pid);
+        // Its watcher let it go (its close seen, or the watcher gone with its app).
+        if (!watcher || !watcher->isWatched(ref)) {
+            it = watchedWindows_.erase(it);
+            continue;
+        }
+        if (live.count(ref) || engine_->accessRevoked()) {
+            window.goneSince.reset();
+            ++it;
+            continue;
+        }
+        if (!window.goneSince) window.goneSince = now;
+        if (now - *window.goneSince >= grace)
+            return "the close of window " + std::to_string(window.id) + " of pid " +
+                   std::to_string(window.pid) + ", watched with its destroyed notification, " +
+                   "went unseen";
+        ++it;
+    }
+    return {};
+}
+
 void ChaosRun::checkQuitDecision() {
     const auto& entries = Activity::shared().entries();
     if (entries.empty() || !entries.front().quit) return;
@@ -50,10 +90,18 @@ void ChaosRun::checkQuitDecision() {
     if (desktop_->isHidden(pid)) return;  // hidden windows show nothing (and are counted)
     for (sim::ElementId window : desktop_->windowsOf(pid)) {
         // Windows Accessibility lists are counted as the design counts user windows (a window
-        // without a close button is none); the ones it cannot see, on another Space or in
-        // full screen, are what the window server must account for.
+        // without a close button is none); the user windows it cannot see, on another Space or
+        // in full screen, are what the window server must account for.
         if (desktop_->isListedInAXWindows(window)) continue;
         if (desktop_->isMinimized(window) || hasOddAttribute(window)) continue;
+        // A window its app ordered out is out of the user's reach.
+        if (desktop_->isOrderedOut(window)) continue;
+        // Nor one Accessibility does not count as a user window (a panel, a dialog, custom
+        // chrome without a close button): such windows keep no app alive.
+        if (auto spec = desktop_->windowSpec(window);
+            !spec || spec->role != "AXWindow" ||
+            (spec->subrole && *spec->subrole != "AXStandardWindow") || !spec->closeButton.present)
+            continue;
         std::optional<Rect> frame = desktop_->windowFrame(window);
         if (!frame || frame->size.width < minimumCountedWindowSide ||
             frame->size.height < minimumCountedWindowSide)

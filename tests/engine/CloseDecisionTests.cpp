@@ -34,6 +34,9 @@ class CloseDecisionTest : public EngineTest {
         desktop.advance(0.3);
     }
 
+    // The settle period after a close that left no window, up to the second count.
+    void settle() { desktop.advance(windowSwapSettle); }
+
     Activity::Entry entry(const std::string& cause, long left, const std::string& outcome,
                           bool quit = false) {
         return Activity::Entry{.at = desktop.now(),
@@ -79,6 +82,22 @@ TEST_F(CloseDecisionTest, KeyboardCloseOfTheLastWindowTenSecondsAfterAttachingQu
                              "              windows remaining: 0",
                              "              → mode last-window: WOULD QUIT",
                              "              → mode red-dot:     no action",
+                             "              → waiting 1.5 s for a window to follow before "
+                             "quitting (an app swapping windows shows none for a moment)",
+                             "",
+                         }));
+    EXPECT_TRUE(journal().empty());
+    EXPECT_TRUE(desktop.quitRequests().empty());
+
+    // Counted again after the settle period: still no window.
+    settle();
+    EXPECT_EQ(takeLog(), (Lines{
+                             std::string("00:00:11.800  TextEdit (com.apple.TextEdit)  counted "
+                                         "again 1.5 s after the window closed  ←  ") +
+                                 causeNotRedDot,
+                             "              windows remaining: 0",
+                             "              → mode last-window: WOULD QUIT",
+                             "              → mode red-dot:     no action",
                              "              → QUITTING TextEdit — terminate() returned true",
                              "",
                          }));
@@ -118,9 +137,10 @@ TEST_F(CloseDecisionTest, TheGraceRoundsItsSecondsToOneDecimalAndEndsAtFiveSecon
     desktop.advance(0.01);
     desktop.closeWindowWithoutClick(map);  // decided 5.0 s after attaching: the grace is over
     desktop.advance(0.3);
+    settle();
 
     Lines log = takeLog();
-    ASSERT_EQ(log.size(), 10u);
+    ASSERT_EQ(log.size(), 16u);
     EXPECT_EQ(log[0],
               std::string("00:00:04.990  TextEdit (com.apple.TextEdit)  window closed  ←  ") +
                   causeNotRedDot);
@@ -289,6 +309,7 @@ TEST_F(CloseDecisionTest, ACloseWithoutAClickNeverEscapes) {
     startAndSettle();
     desktop.click({5, 5}, modifier::shift);  // shift held, but on nothing
     keyboardClose(notes);
+    settle();
     ASSERT_EQ(journal().size(), 1u);
     EXPECT_EQ(journal()[0].outcome, "quitting");
 }
@@ -347,6 +368,7 @@ TEST_F(CloseDecisionTest, ThreeWindowsGoneWithinTheGatheringMakeOneReport) {
     EXPECT_EQ(next[0],
               std::string("00:00:10.600  TextEdit (com.apple.TextEdit)  window closed  ←  ") +
                   causeNotRedDot);
+    settle();
     EXPECT_EQ(journal().size(), 2u);
 }
 
@@ -476,6 +498,7 @@ TEST_F(CloseDecisionTest, ADisabledButtonGatheredWithACachedOneIsNotTheDisabledC
     desktop.closeWindowWithoutClick(progress);
     desktop.closeWindowWithoutClick(notes);
     desktop.advance(0.3);
+    settle();
     ASSERT_EQ(journal().size(), 1u);
     EXPECT_EQ(journal()[0], entry(causeNotRedDot, 0, "quitting", true));
 }
@@ -485,6 +508,7 @@ TEST_F(CloseDecisionTest, ATransientReadFailureLeavesTheCauseUndetermined) {
     desktop.injectError(w, "AXCloseButton", axerror::cannotComplete, -1);
     startAndSettle();
     keyboardClose(w);
+    settle();
     Lines log = takeLog();
     ASSERT_GE(log.size(), 1u);
     EXPECT_EQ(log[0],

@@ -63,9 +63,17 @@ std::ostream& operator<<(std::ostream& out, const Case& c) {
     return out << c.name;
 }
 
-// The checks before either mode is judged: the never-quit list, the escape modifier, a
-// disabled close button, the attach grace.
-void addProtections(std::vector<Case>& cases) {
+// Before anything is judged: revoked access, the never-quit list, the activation policy.
+void addAccessAndPolicy(std::vector<Case>& cases) {
+    {  // 0. Revoked access, before everything: nothing was read, nothing is decided.
+        CloseFacts facts = lastWindowClosed();
+        facts.bundleID = "com.apple.finder";
+        facts.neverQuit = true;
+        facts.regular = false;
+        facts.accessRevoked = true;
+        facts.windows = std::nullopt;
+        cases.push_back({"access revoked", facts, std::nullopt, Reason::accessRevoked, {}, ""});
+    }
     {  // 1. The never-quit list, before the configuration is read and whatever else holds.
         CloseFacts facts = lastWindowClosed();
         facts.bundleID = "com.apple.finder";
@@ -79,6 +87,37 @@ void addProtections(std::vector<Case>& cases) {
                          {"→ EXCLUDED (never-quit list)"},
                          "always protected"});
     }
+    {  // The never-quit list comes before the activation policy.
+        CloseFacts facts = lastWindowClosed();
+        facts.bundleID = "com.apple.finder";
+        facts.neverQuit = true;
+        facts.regular = false;
+        cases.push_back({"never-quit list, not regular",
+                         facts,
+                         std::nullopt,
+                         Reason::neverQuit,
+                         {"→ EXCLUDED (never-quit list)"},
+                         "always protected"});
+    }
+    {  // 1b. The activation policy at the decision, before the escape modifier and the rest.
+        CloseFacts facts = lastWindowClosed();
+        facts.regular = false;
+        facts.closes.wasRedDot = true;
+        facts.closes.modifiers = modifier::shift;
+        facts.sinceAttach = 1;
+        cases.push_back(
+            {"not a regular app",
+             facts,
+             liveAll(),
+             Reason::notRegular,
+             {"→ no action (TextEdit has no Dock icon now — only a regular app is quit)"},
+             "not a regular app — kept running"});
+    }
+}
+
+// The checks before either mode is judged: the escape modifier, a disabled close button,
+// the attach grace.
+void addProtections(std::vector<Case>& cases) {
     {  // 2. The escape modifier, before a disabled button and the attach grace.
         CloseFacts facts = lastWindowClosed();
         facts.closes.modifiers = modifier::shift | modifier::command;
@@ -146,6 +185,7 @@ void addProtections(std::vector<Case>& cases) {
     {  // A disabled button gathered with a cached one is not the disabled case.
         CloseFacts facts = lastWindowClosed();
         facts.closes.misses = {CloseButtonMiss::disabled()};
+        facts.settled = true;
         cases.push_back({"disabled with a cached button",
                          facts,
                          liveAll(),
@@ -181,6 +221,7 @@ void addProtections(std::vector<Case>& cases) {
     {  // The grace ends at five seconds.
         CloseFacts facts = lastWindowClosed();
         facts.sinceAttach = 5.0;
+        facts.settled = true;
         cases.push_back({"grace over",
                          facts,
                          liveAll(),
@@ -216,6 +257,34 @@ void addModeVerdicts(std::vector<Case>& cases) {
                          Reason::windowsUnknown,
                          {lastWindowNoAction, redDotWouldQuit,
                           "→ no action (could not read TextEdit’s windows: cannotComplete)"},
+                         "windows unknown — kept running"});
+    }
+    {  // A window that could not be classified makes the count unknown too, and is named.
+        CloseFacts facts = lastWindowClosed();
+        facts.windows = std::nullopt;
+        facts.windowsError = axerror::cannotComplete;
+        facts.unclassified = "Draft";
+        Config config = liveAll();
+        config.live = false;
+        cases.push_back(
+            {"a window not classified",
+             facts,
+             config,
+             Reason::windowsUnknown,
+             {lastWindowNoAction, redDotNoAction,
+              "→ no action (could not classify TextEdit’s window \"Draft\": cannotComplete)"},
+             "windows unknown — kept running"});
+    }
+    {  // A classification that failed without an error says so.
+        CloseFacts facts = lastWindowClosed();
+        facts.windows = std::nullopt;
+        facts.unclassified = "Draft";
+        cases.push_back({"a window not classified, no error",
+                         facts,
+                         liveAll(),
+                         Reason::windowsUnknown,
+                         {lastWindowNoAction, redDotNoAction,
+                          "→ no action (could not classify TextEdit’s window \"Draft\": no text)"},
                          "windows unknown — kept running"});
     }
     {  // Red-dot mode does not count windows.
@@ -289,8 +358,9 @@ void addQuitChecks(std::vector<Case>& cases) {
                          {lastWindowNoAction, redDotWouldQuit, "→ excluded by config"},
                          "excluded — kept running"});
     }
-    {  // 9. Armed: quit.
+    {  // 9. Armed: quit, once counted again after the settle period.
         CloseFacts facts = lastWindowClosed();
+        facts.settled = true;
         Config config = liveAll();
         config.armAll = false;
         config.armed = {"com.apple.TextEdit"};
@@ -316,11 +386,74 @@ void addQuitChecks(std::vector<Case>& cases) {
     }
 }
 
+// In last-window mode, a quit that no red-dot click asked for waits for a window to follow.
+void addSettling(std::vector<Case>& cases) {
+    {  // 11. Armed, last-window mode, no red dot, not yet counted again: the settle period.
+        CloseFacts facts = lastWindowClosed();
+        cases.push_back({"settle period",
+                         facts,
+                         liveAll(),
+                         Reason::settling,
+                         {lastWindowWouldQuit, redDotNoAction,
+                          "→ waiting 1.5 s for a window to follow before quitting (an app "
+                          "swapping windows shows none for a moment)"},
+                         ""});
+    }
+    {  // A credited red-dot click does not wait.
+        CloseFacts facts = lastWindowClosed();
+        facts.closes.wasRedDot = true;
+        cases.push_back({"red dot does not settle",
+                         facts,
+                         liveAll(),
+                         Reason::quit,
+                         {lastWindowWouldQuit, redDotWouldQuit},
+                         "quitting"});
+    }
+    {  // Nor does a decision that would not quit anyway.
+        CloseFacts facts = lastWindowClosed();
+        Config config = liveAll();
+        config.armAll = false;
+        cases.push_back(
+            {"not armed does not settle",
+             facts,
+             config,
+             Reason::notArmed,
+             {lastWindowWouldQuit, redDotNoAction, "→ dry run (com.apple.TextEdit is not armed)"},
+             "not armed"});
+    }
+    {  // Counted again after the settle period, a window is there: a window swap.
+        CloseFacts facts = redDotWithAWindowLeft();
+        facts.closes.wasRedDot = false;
+        facts.settled = true;
+        cases.push_back({"window swap",
+                         facts,
+                         liveAll(),
+                         Reason::windowSwap,
+                         {lastWindowNoAction, redDotNoAction,
+                          "→ no action (a window followed — a window swap, not a last window)"},
+                         "window swap — kept running"});
+    }
+    {  // A window on another Space found at the second count is one too.
+        CloseFacts facts = lastWindowClosed();
+        facts.settled = true;
+        facts.windowsElsewhere = 1;
+        cases.push_back({"window swap elsewhere",
+                         facts,
+                         liveAll(),
+                         Reason::windowSwap,
+                         {lastWindowNoAction, redDotNoAction,
+                          "→ no action (a window followed — a window swap, not a last window)"},
+                         "window swap — kept running"});
+    }
+}
+
 std::vector<Case> decisionOrder() {
     std::vector<Case> cases;
+    addAccessAndPolicy(cases);
     addProtections(cases);
     addModeVerdicts(cases);
     addQuitChecks(cases);
+    addSettling(cases);
     return cases;
 }
 

@@ -38,6 +38,7 @@ inline EngineContext withWorkspace(const EngineContext& context, Workspace& work
                          .accessibility = context.accessibility,
                          .mouse = context.mouse,
                          .windowServer = context.windowServer,
+                         .spaces = context.spaces,
                          .loginItem = context.loginItem,
                          .collation = context.collation,
                          .config = context.config,
