@@ -8,13 +8,15 @@ void ClickMonitor::start() {
     MouseMonitor* mouse = platform().mouse;
     if (!mouse) return;
     std::weak_ptr<ClickMonitor> weak = weak_from_this();
-    monitor = mouse->addGlobalLeftMouseDownMonitor([weak](Point at, ModifierFlags modifiers) {
-        // The platform already gives the pointer in global top-left coordinates, so the
-        // location is forwarded as it is, never flipped.
+    monitor = mouse->addGlobalLeftMouseDownMonitor([weak, mouse](Point, ModifierFlags modifiers) {
+        // The pointer where it is when the handler runs, in global top-left coordinates, so
+        // it is forwarded as it is, never flipped.
         auto self = weak.lock();
         if (!self) return;
         if (!self->onClick) return;
-        self->onClick(at, modifiers);
+        std::optional<Point> at = mouse->pointerLocation();
+        if (!at) return;
+        self->onClick(*at, modifiers);
     });
 }
 

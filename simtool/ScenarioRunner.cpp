@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include "app/AppController.h"
@@ -99,8 +100,18 @@ std::optional<Date> ScenarioRunner::nextActionTime() {
     if (stopped_ || nextStep_ >= scenario_.steps.size()) return std::nullopt;
     // While a step's consequences settle, the next step waits, unless they include a nested
     // loop (an alert on screen): the user goes on acting inside it.
-    if (settling_ && desktop_->nestedLoopDepth() == 0) return std::nullopt;
+    // The user's mouse and keyboard do not wait for that while Quelto's thread is blocked.
+    if (settling_ && desktop_->nestedLoopDepth() == 0 &&
+        !(desktop_->isMainThreadBlocked() && nextActionIsInput()))
+        return std::nullopt;
     return scenario_.start + static_cast<double>(scenario_.steps[nextStep_].atMicros) / 1e6;
+}
+
+bool ScenarioRunner::nextActionIsInput() {
+    if (stopped_ || nextStep_ >= scenario_.steps.size()) return false;
+    static const std::set<std::string> input = {"click", "press",   "release", "right-click",
+                                                "key",   "pointer", "wait",    "at"};
+    return input.count(scenario_.steps[nextStep_].command) > 0;
 }
 
 void ScenarioRunner::runNextAction() {
@@ -108,6 +119,8 @@ void ScenarioRunner::runNextAction() {
     // Time steps only mark a moment: the main thread's loop has brought the clock there.
     if (step.command == "wait" || step.command == "at") return;
     step.perform(*this);
+    // An action taken while Quelto's thread is blocked: what it set off waits for the thread.
+    if (desktop_->isMainThreadBlocked()) return;
     if (stopped_ || desktop_->nestedLoopDepth() > 0 || desktop_->isRunningMainQueueBlock()) return;
     // What the step set off now happens before anything else the scenario does.
     settling_ = true;

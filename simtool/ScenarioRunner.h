@@ -137,6 +137,7 @@ class ScenarioRunner final : private sim::UserScript {
     // The scenario's steps as the user's actions, taken by the desktop's main thread.
     std::optional<Date> nextActionTime() override;
     void runNextAction() override;
+    bool nextActionIsInput() override;
 
     void prepareFiles();
     void finish(RunResult& result);

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "engine/ClickMonitor.h"
@@ -23,18 +24,36 @@ class RecordingMouse final : public MouseMonitor {
         handlers[token] = std::move(handler);
         return token;
     }
+    MonitorToken addGlobalLeftMouseUpMonitor(Handler handler) override {
+        ++upInstalls;
+        MonitorToken token = next++;
+        upHandlers[token] = std::move(handler);
+        return token;
+    }
     void removeMonitor(MonitorToken token) override {
         removed.push_back(token);
         handlers.erase(token);
+        upHandlers.erase(token);
     }
+    std::optional<Point> pointerLocation() override { return pointer; }
+    // A mouse-down at `at`, handled at once: the pointer is still there.
     void deliver(Point at, ModifierFlags modifiers) {
+        pointer = at;
         auto copy = handlers;
+        for (auto& [token, handler] : copy) handler(at, modifiers);
+    }
+    void deliverUp(Point at, ModifierFlags modifiers) {
+        pointer = at;
+        auto copy = upHandlers;
         for (auto& [token, handler] : copy) handler(at, modifiers);
     }
 
     int installs = 0;
+    int upInstalls = 0;
     std::vector<MonitorToken> removed;
     std::map<MonitorToken, Handler> handlers;
+    std::map<MonitorToken, Handler> upHandlers;
+    std::optional<Point> pointer;
     MonitorToken next = 41;
 };
 
