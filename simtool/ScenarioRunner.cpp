@@ -297,9 +297,27 @@ void ScenarioRunner::startQuelto(int line) {
         [this, own] {
             if (desktop_->isRunning(own)) desktop_->setFrontmost(own);
         },
-        [this, own](ActivationPolicy policy) { desktop_->setActivationPolicy(own, policy); });
+        [this, own](ActivationPolicy policy) {
+            desktop_->setActivationPolicy(own, policy);
+            showSettingsWindowOnDesktop(policy == ActivationPolicy::regular);
+        });
     controller_ = AppController::create(*host_);
     controller_->applicationDidFinishLaunching();
+}
+
+void ScenarioRunner::showSettingsWindowOnDesktop(bool shown) {
+    // Quelto is regular exactly while its settings window is open: the window is then on the
+    // desktop like any other, in front, and takes the clicks made in it.
+    const Pid own = scenario_.ownPid;
+    if (shown && !settingsWindow_ && desktop_->isRunning(own)) {
+        sim::WindowSpec spec;
+        spec.title = "Quelto";
+        spec.frame = Rect{{356, 160}, {800, 560}};
+        settingsWindow_ = desktop_->addWindow(own, spec);
+    } else if (!shown && settingsWindow_) {
+        if (desktop_->isElementAlive(*settingsWindow_)) desktop_->destroyWindow(*settingsWindow_);
+        settingsWindow_.reset();
+    }
 }
 
 // ---- Files ----
