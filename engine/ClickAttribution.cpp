@@ -28,34 +28,64 @@ void Engine::pruneClicks() {
 }
 
 void Engine::handleClick(Point at, ModifierFlags modifiers) {
+    (void)modifiers;  // the click's modifiers are those held when the button goes up
     pruneClicks();
+    // A new press ends any earlier one (its mouse-up went unseen).
+    pendingPress_.reset();
 
-    // The cached frames first: an in-memory walk, no Accessibility call.
-    // A hit is then confirmed with the window server: the frame may belong to a window that
-    // is hidden, minimised, on another Space or covered where the click landed. One that is
-    // not confirmed counts as a miss, and the live pass below may still find the button.
+    // The cached frames first: an in-memory walk, no platform call. Whether the window is
+    // really the one on top there is settled when the button goes up, where the red dot acts.
     for (const auto& [pid, watcher] : watchers) {
         if (auto window = watcher->closeButtonHit(at)) {
-            std::shared_ptr<AppWatcher> found = watcher;
-            if (auto hit = confirmHit(*window, found, at)) {
-                record(hit->window, hit->watcher, modifiers, "cached");
-                return;
-            }
-            break;
+            const auto& frames = watcher->closeButtonFrames();
+            auto frame = frames.find(*window);
+            if (frame == frames.end()) break;
+            pendingPress_ = PendingPress{*window, watcher, frame->second, true};
+            return;
         }
     }
 
     // Then a live read, of the frontmost application only: a click on an uncached close
     // button of a background application is deliberately not attributed.
+    if (auto hit = liveHit(at)) {
+        const auto& frames = hit->watcher->closeButtonFrames();
+        auto frame = frames.find(hit->window);
+        if (frame != frames.end())
+            pendingPress_ = PendingPress{hit->window, hit->watcher, frame->second, false};
+    }
+}
+
+std::optional<Engine::Hit> Engine::liveHit(Point at) {
     Workspace* workspace = platform().workspace;
-    if (!workspace) return;
+    if (!workspace) return std::nullopt;
     RunningApplicationRef front = workspace->frontmostApplication();
-    if (!front) return;
+    if (!front) return std::nullopt;
     auto tracked = watchers.find(front->processIdentifier());
-    if (tracked == watchers.end()) return;
+    if (tracked == watchers.end()) return std::nullopt;
     std::shared_ptr<AppWatcher> watcher = tracked->second;
-    if (auto window = watcher->liveCloseButtonHit(at)) {
-        if (auto hit = confirmHit(*window, watcher, at))
+    if (auto window = watcher->liveCloseButtonHit(at)) return Hit{*window, watcher};
+    return std::nullopt;
+}
+
+void Engine::handleMouseUp(Point at, ModifierFlags modifiers) {
+    // Every mouse-up passes here; without a press on a close button there is nothing to do.
+    if (!pendingPress_) return;
+    PendingPress press = std::move(*pendingPress_);
+    pendingPress_.reset();
+    std::shared_ptr<AppWatcher> watcher = press.watcher.lock();
+    // Dragged off the close button: the red dot does nothing, and neither does the click.
+    if (!watcher || !press.button.contains(at)) return;
+    if (watchers.find(watcher->pid) == watchers.end()) return;
+
+    // Confirmed with the window server where the button went up. A cached hit that is not
+    // confirmed counts as a miss, and the live pass may still find the button.
+    if (auto hit = confirmHit(press.window, watcher, at)) {
+        record(hit->window, hit->watcher, modifiers, press.cached ? "cached" : "live read");
+        return;
+    }
+    if (!press.cached) return;
+    if (auto live = liveHit(at)) {
+        if (auto hit = confirmHit(live->window, live->watcher, at))
             record(hit->window, hit->watcher, modifiers, "live read");
     }
 }
@@ -77,6 +107,22 @@ void Engine::record(const WindowRef& window, const std::shared_ptr<AppWatcher>& 
 
     log("red dot clicked — " + watcher->name + " \"" + windowTitle(window.element) + "\"  (" +
         std::string(how) + ")" + modifierSuffix(modifiers));
+
+    // An option-click closes every window of the application that can close: each of them
+    // closes by this click, with its modifiers, and its own dialog hold (a save sheet answered
+    // seconds later). Only the clicked window's line is logged.
+    if (!(modifiers & modifier::option)) return;
+    for (const auto& [other, frame] : watcher->closeButtonFrames()) {
+        if (other == window) continue;
+        recentClicks.insert_or_assign(other, ClickRecord{.at = moment,
+                                                         .pid = pid,
+                                                         .modifiers = modifiers,
+                                                         .expiry = moment + ClickRecord::lifetime,
+                                                         .sustained = false});
+        platform().mainQueue->asyncAfter(ClickRecord::firstDialogCheck, [weak, other, pid] {
+            if (auto engine = weak.lock()) engine->sustainIfBlocked(other, pid);
+        });
+    }
 }
 
 void Engine::sustainIfBlocked(const WindowRef& window, Pid pid) {

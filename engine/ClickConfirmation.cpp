@@ -28,11 +28,16 @@ std::optional<Engine::Hit> Engine::confirmHit(const WindowRef& window,
     // A platform without a window server has nothing to confirm with: the hit stands.
     if (!server) return Hit{window, watcher};
 
+    // The window the click landed in, at any layer below the screen saver: a menu, the menu
+    // bar, the Dock, a banner, a popover or a sheet lying over the red dot takes the click,
+    // and a floating window's red dot is a red dot. Fully transparent windows take none.
     std::optional<WindowServerWindow> top =
-        windowAt(server->windowList(WindowListScope::onScreenCurrentSpace), at);
+        topmostWindowAt(server->windowList(WindowListScope::onScreenCurrentSpace), at);
     // Nothing on screen there (the cached frame belongs to a hidden, minimised or faraway
     // window): the click landed on no close button.
     if (!top) return std::nullopt;
+    // A window of an untracked process (the system's, Quelto's own settings window) is on
+    // top: the click is its, never the window's underneath.
     auto owner = watchers.find(top->ownerPid);
     if (owner == watchers.end()) return std::nullopt;
     const std::shared_ptr<AppWatcher>& topWatcher = owner->second;

@@ -8,23 +8,28 @@ void ClickMonitor::start() {
     MouseMonitor* mouse = platform().mouse;
     if (!mouse) return;
     std::weak_ptr<ClickMonitor> weak = weak_from_this();
-    monitor = mouse->addGlobalLeftMouseDownMonitor([weak, mouse](Point, ModifierFlags modifiers) {
-        // The pointer where it is when the handler runs, in global top-left coordinates, so
-        // it is forwarded as it is, never flipped.
+    // The platform gives each event's own point in global top-left coordinates: forwarded as
+    // it is, never flipped, and never replaced by where the pointer has gone since.
+    monitor = mouse->addGlobalLeftMouseDownMonitor([weak](Point at, ModifierFlags modifiers) {
         auto self = weak.lock();
         if (!self) return;
         if (!self->onClick) return;
-        std::optional<Point> at = mouse->pointerLocation();
-        if (!at) return;
-        self->onClick(*at, modifiers);
+        self->onClick(at, modifiers);
+    });
+    upMonitor = mouse->addGlobalLeftMouseUpMonitor([weak](Point at, ModifierFlags modifiers) {
+        auto self = weak.lock();
+        if (!self) return;
+        if (!self->onMouseUp) return;
+        self->onMouseUp(at, modifiers);
     });
 }
 
 void ClickMonitor::stop() {
-    if (monitor) {
-        if (MouseMonitor* mouse = platform().mouse) mouse->removeMonitor(*monitor);
-    }
+    MouseMonitor* mouse = platform().mouse;
+    if (monitor && mouse) mouse->removeMonitor(*monitor);
+    if (upMonitor && mouse) mouse->removeMonitor(*upMonitor);
     monitor.reset();
+    upMonitor.reset();
 }
 
 }  // namespace quelto

@@ -59,12 +59,13 @@ void Engine::windowDestroyed(const WindowRef& ref, const std::shared_ptr<AppWatc
 
     std::optional<ClickRecord> click;
     if (auto found = recentClicks.find(ref); found != recentClicks.end()) {
-        click = found->second;
+        // An expired click counts for nothing: neither its cause nor its dialog flag nor its
+        // modifiers reach this close (a shift from a click a minute ago must not escape an
+        // unrelated ⌘W).
+        if (now() <= found->second.expiry) click = found->second;
         recentClicks.erase(found);
     }
-    // Only the red-dot verdict needs the click unexpired; an expired click still passes on
-    // its dialog flag and its modifiers.
-    bool redDot = click && now() <= click->expiry;
+    bool redDot = click.has_value();
 
     Pid pid = watcher->pid;
     if (auto gathering = pending.find(pid); gathering != pending.end()) {

@@ -69,6 +69,9 @@ void Engine::start() {
     clickMonitor->onClick = [weak](Point at, ModifierFlags modifiers) {
         if (auto engine = weak.lock()) engine->handleClick(at, modifiers);
     };
+    clickMonitor->onMouseUp = [weak](Point at, ModifierFlags modifiers) {
+        if (auto engine = weak.lock()) engine->handleMouseUp(at, modifiers);
+    };
     clickMonitor->start();
 
     Workspace* workspace = platform().workspace;

@@ -83,7 +83,14 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     bool isCandidate(const RunningApplication& app) const;
 
     // ---- Click attribution ----
+    // A left mouse-down: when it lands on a close button (cached, or found by the live read
+    // of the frontmost application), it opens a pending press; nothing is recorded yet.
     void handleClick(Point at, ModifierFlags modifiers);
+    // A left mouse-up: the red dot acts when the button goes up on it, and so does the click.
+    // An up over the close button the press went down on, confirmed as the window on top
+    // there, becomes the click record, with the up's time and modifiers; any other up
+    // discards the press.
+    void handleMouseUp(Point at, ModifierFlags modifiers);
     void record(const WindowRef& window, const std::shared_ptr<AppWatcher>& watcher,
                 ModifierFlags modifiers, std::string_view how);
     void sustainIfBlocked(const WindowRef& window, Pid pid);
@@ -113,6 +120,18 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     void verifyQuit(Pid of, const std::string& named, Date deadline);
 
   private:
+    // A mouse-down on a close button, waiting for its mouse-up: the window, its watcher, the
+    // cached close-button frame it went down on and how the hit was found.
+    struct PendingPress {
+        WindowRef window;
+        std::weak_ptr<AppWatcher> watcher;
+        Rect button;
+        bool cached = true;
+    };
+    std::optional<PendingPress> pendingPress_;
+    // The live read of the frontmost application's uncached close buttons at the point.
+    std::optional<Hit> liveHit(Point at);
+
     // Drops everything kept about the process id: its clicks, its gathering report, its
     // throttle entry and its watcher.
     void forget(Pid pid);
