@@ -141,10 +141,18 @@ void Engine::sustainIfBlocked(const WindowRef& window, Pid pid) {
         return;
     }
 
-    bool blocked = watcher->isCloseBlocked(window);
+    std::optional<bool> state = watcher->closeBlockedState(window);
     // The check's reads take time on a slow application: renewals count from when it
     // returned, or a long check would eat into the very time it grants.
     Date checked = now();
+    // Unknown is not "no dialog": while the reads fail (an app that does not answer), a click
+    // held by a dialog stays held. A click never held simply runs its course.
+    bool blocked = state.value_or(false);
+    if (!state) {
+        found = recentClicks.find(window);
+        if (found == recentClicks.end() || !found->second.sustained) return;
+        blocked = true;
+    }
     if (blocked) {
         // The lookups above may have run observer work; find the record afresh.
         found = recentClicks.find(window);

@@ -147,5 +147,39 @@ TEST_F(ClickAsMadeTest, AnExpiredClickCountsForNothing) {
     EXPECT_EQ(engine->pending.at(textEdit).modifiers, 0u);
 }
 
+TEST_F(ClickAsMadeTest, ADialogHoldSurvivesChecksThatCannotRead) {
+    sim::WindowSpec saving;
+    saving.title = "Letter";
+    saving.frame = {{100, 100}, {500, 400}};
+    saving.asksToSave = true;
+    auto letter = addWindow(textEdit, saving);
+    window("Draft", {{700, 100}, {300, 300}});
+    startEngine();
+    desktop.advance(10);
+    clickClose(letter);
+    desktop.advance(1);
+    ASSERT_TRUE(engine->recentClicks.at(refOf(letter)).sustained);
+    // The app stops answering: every check's reads fail. Unknown is not "no dialog".
+    desktop.hangApp(textEdit, 20.0);
+    EXPECT_EQ(watcherOf(textEdit)->closeBlockedState(refOf(letter)), std::nullopt);
+    desktop.advance(25);
+    ASSERT_EQ(engine->recentClicks.count(refOf(letter)), 1u);
+    EXPECT_GT(engine->recentClicks.at(refOf(letter)).expiry, desktop.now());
+    desktop.answerSheet(letter, true);
+    desktop.advance(0.1);
+    ASSERT_EQ(engine->pending.count(textEdit), 1u);
+    EXPECT_TRUE(engine->pending.at(textEdit).wasRedDot);
+    EXPECT_TRUE(engine->pending.at(textEdit).afterDialog);
+}
+
+TEST_F(ClickAsMadeTest, TheBlockedStateIsKnownWhenTheReadsAnswer) {
+    auto notes = window("Notes", {{100, 100}, {800, 600}});
+    startEngine();
+    desktop.advance(10);
+    EXPECT_EQ(watcherOf(textEdit)->closeBlockedState(refOf(notes)), std::optional<bool>(false));
+    desktop.showSheet(notes);
+    EXPECT_EQ(watcherOf(textEdit)->closeBlockedState(refOf(notes)), std::optional<bool>(true));
+}
+
 }  // namespace
 }  // namespace quelto::enginetest
