@@ -112,7 +112,9 @@ void Engine::record(const WindowRef& window, const std::shared_ptr<AppWatcher>& 
     // closes by this click, with its modifiers, and its own dialog hold (a save sheet answered
     // seconds later). Only the clicked window's line is logged.
     if (!(modifiers & modifier::option)) return;
-    for (const auto& [other, frame] : watcher->closeButtonFrames()) {
+    for (const auto& entry : watcher->closeButtonFrames()) {
+        // (A named copy: a structured binding cannot be captured in C++20 by Apple clang.)
+        const WindowRef other = entry.first;
         if (other == window) continue;
         recentClicks.insert_or_assign(other, ClickRecord{.at = moment,
                                                          .pid = pid,
