@@ -77,6 +77,17 @@ void Engine::handleMouseUp(Point at, ModifierFlags modifiers) {
     if (!watcher || !press.button.contains(at)) return;
     if (watchers.find(watcher->pid) == watchers.end()) return;
 
+    // The window is already gone (its notification was handled first): it cannot be
+    // confirmed on screen any more, and it closed by this very up, over its close button.
+    // The close is still gathering: it becomes a red-dot close with the up's modifiers.
+    if (press.closedBeforeUp) {
+        auto gathering = pending.find(watcher->pid);
+        if (gathering == pending.end()) return;
+        gathering->second.wasRedDot = true;
+        gathering->second.modifiers = modifiers;
+        return;
+    }
+
     // Confirmed with the window server where the button went up. A cached hit that is not
     // confirmed counts as a miss, and the live pass may still find the button.
     if (auto hit = confirmHit(press.window, watcher, at)) {

@@ -66,6 +66,9 @@ void Engine::windowDestroyed(const WindowRef& ref, const std::shared_ptr<AppWatc
         recentClicks.erase(found);
     }
     bool redDot = click.has_value();
+    // The app closed the window at the mouse-up, and its notification came before the up
+    // itself: the up settles it while this close gathers.
+    if (pendingPress_ && pendingPress_->window == ref) pendingPress_->closedBeforeUp = true;
 
     Pid pid = watcher->pid;
     if (auto gathering = pending.find(pid); gathering != pending.end()) {

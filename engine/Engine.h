@@ -127,6 +127,8 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
         std::weak_ptr<AppWatcher> watcher;
         Rect button;
         bool cached = true;
+        // The window's destroyed notification came before the mouse-up was handled.
+        bool closedBeforeUp = false;
     };
     std::optional<PendingPress> pendingPress_;
     // The live read of the frontmost application's uncached close buttons at the point.

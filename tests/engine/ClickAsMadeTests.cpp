@@ -58,6 +58,23 @@ TEST_F(ClickAsMadeTest, TheClickIsMadeAtTheMouseUpWithItsTimeAndModifiers) {
     EXPECT_EQ(engine->pending.at(textEdit).modifiers, modifier::shift);
 }
 
+TEST_F(ClickAsMadeTest, AWindowGoneBeforeItsMouseUpWasHandledClosedByTheRedDot) {
+    auto notes = window("Notes", {{100, 100}, {800, 600}});
+    window("Other", {{1000, 100}, {300, 300}});
+    startEngine();
+    desktop.advance(10);
+    Point dot = closeButtonCentre(notes);
+    engine->handleClick(dot, 0);
+    // The app closed the window at the up; its notification reaches Quelto first.
+    desktop.destroyWindow(notes);
+    desktop.runDue();
+    ASSERT_EQ(engine->pending.count(textEdit), 1u);
+    EXPECT_FALSE(engine->pending.at(textEdit).wasRedDot);
+    engine->handleMouseUp(dot, modifier::shift);
+    EXPECT_TRUE(engine->pending.at(textEdit).wasRedDot);
+    EXPECT_EQ(engine->pending.at(textEdit).modifiers, modifier::shift);
+}
+
 TEST_F(ClickAsMadeTest, AMenuOverTheRedDotTakesTheClick) {
     auto notes = window("Notes", {{100, 100}, {800, 600}});
     startEngine();
