@@ -81,6 +81,10 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     std::optional<WindowRef> closeButtonHit(Point at) const;  // no platform call
     std::optional<WindowRef> liveCloseButtonHit(Point at);
     bool isCloseBlocked(const WindowRef& window) const;
+    // The same question, with "cannot tell" kept apart from "no": none when a read that could
+    // have shown the sheet or dialog failed (an app that does not answer), so that a hold is
+    // not ended by a look that saw nothing. The same reads as isCloseBlocked.
+    std::optional<bool> closeBlockedState(const WindowRef& window) const;
     std::optional<CloseButtonMiss> missReason(const WindowRef& window) const;
 
     // The observer callback; the refcon is the watcher, not retained.

@@ -153,6 +153,33 @@ bool AppWatcher::isCloseBlocked(const WindowRef& window) const {
     return false;
 }
 
+namespace {
+
+// Whether a failed list read says nothing about the list: an error other than "there is no
+// such list" (no value, attribute unsupported) or "the element is gone".
+bool readLeftUnknown(const AXElementsResult& read) {
+    if (read.elements) return false;
+    return read.error != axerror::noValue && read.error != axerror::attributeUnsupported &&
+           read.error != axerror::invalidUIElement;
+}
+
+}  // namespace
+
+std::optional<bool> AppWatcher::closeBlockedState(const WindowRef& window) const {
+    bool unknown = false;
+    AXElementsResult children = axElementsChecked(window.element, "AXChildren");
+    for (const AXElement& child : children.elements.value_or(std::vector<AXElement>{}))
+        if (axString(child, "AXRole") == std::optional<std::string>("AXSheet")) return true;
+    unknown = readLeftUnknown(children);
+    AXElementsResult windows = axElementsChecked(appElement_, "AXWindows");
+    for (const AXElement& other : windows.elements.value_or(std::vector<AXElement>{})) {
+        auto subrole = axString(other, "AXSubrole");
+        if (subrole && isDialogSubrole(*subrole)) return true;
+    }
+    if (unknown || readLeftUnknown(windows)) return std::nullopt;
+    return false;
+}
+
 std::optional<CloseButtonMiss> AppWatcher::missReason(const WindowRef& window) const {
     auto it = misses_.find(window);
     if (it == misses_.end()) return std::nullopt;

@@ -25,34 +25,79 @@ void ClickLedger::prune() {
 }
 
 void ClickLedger::handleClick(Point at, ModifierFlags modifiers) {
+    (void)modifiers;  // the click's modifiers are those held when the button goes up
     prune();
+    // A new press ends any earlier one (its mouse-up went unseen).
+    press_.reset();
 
-    // The cached frames first: an in-memory walk, no Accessibility call.
-    // A hit is then confirmed with the window server: the frame may belong to a window that
-    // is hidden, minimised, on another Space or covered where the click landed. One that is
-    // not confirmed counts as a miss, and the live pass below may still find the button.
+    // The cached frames first: an in-memory walk, no platform call. Whether the window is
+    // really the one on top there is settled when the button goes up, where the red dot acts.
     std::optional<Hit> cached =
         tracker_.firstOf([at](const std::shared_ptr<AppWatcher>& watcher) -> std::optional<Hit> {
             if (auto window = watcher->closeButtonHit(at)) return Hit{*window, watcher};
             return std::nullopt;
         });
     if (cached) {
-        if (auto hit = confirmHit(cached->window, cached->watcher, at)) {
-            record(hit->window, hit->watcher, modifiers, "cached");
-            return;
-        }
+        openPress(*cached, true);
+        return;
     }
 
     // Then a live read, of the frontmost application only: a click on an uncached close
     // button of a background application is deliberately not attributed.
+    if (auto hit = liveHit(at)) openPress(*hit, false);
+}
+
+void ClickLedger::openPress(const Hit& hit, bool cached) {
+    const auto& frames = hit.watcher->closeButtonFrames();
+    auto frame = frames.find(hit.window);
+    if (frame == frames.end()) return;
+    press_ = PendingPress{hit.window, hit.watcher, frame->second, cached, false};
+}
+
+std::optional<ClickLedger::Hit> ClickLedger::liveHit(Point at) {
     RunningApplicationRef front = context_.workspace.frontmostApplication();
-    if (!front) return;
+    if (!front) return std::nullopt;
     std::shared_ptr<AppWatcher> watcher = tracker_.watcherOf(front->processIdentifier());
-    if (!watcher) return;
-    if (auto window = watcher->liveCloseButtonHit(at)) {
-        if (auto hit = confirmHit(*window, watcher, at))
+    if (!watcher) return std::nullopt;
+    if (auto window = watcher->liveCloseButtonHit(at)) return Hit{*window, watcher};
+    return std::nullopt;
+}
+
+std::optional<ClickLedger::ClosedByUp> ClickLedger::handleMouseUp(Point at,
+                                                                  ModifierFlags modifiers) {
+    // Every mouse-up passes here; without a press on a close button there is nothing to do.
+    if (!press_) return std::nullopt;
+    PendingPress press = std::move(*press_);
+    press_.reset();
+    std::shared_ptr<AppWatcher> watcher = press.watcher.lock();
+    // Dragged off the close button: the red dot does nothing, and neither does the click.
+    if (!watcher || !press.button.contains(at)) return std::nullopt;
+    if (tracker_.watcherOf(watcher->pid) != watcher) return std::nullopt;
+
+    // The window is already gone (its notification was handled first): it cannot be
+    // confirmed on screen any more, and it closed by this very up, over its close button.
+    // The close is still gathering: the engine makes it a red-dot close with the up's
+    // modifiers.
+    if (press.closedBeforeUp) return ClosedByUp{watcher->pid, modifiers};
+
+    // Confirmed with the window server where the button went up. A cached hit that is not
+    // confirmed counts as a miss, and the live pass may still find the button.
+    if (auto hit = confirmHit(press.window, watcher, at)) {
+        record(hit->window, hit->watcher, modifiers, press.cached ? "cached" : "live read");
+        return std::nullopt;
+    }
+    if (!press.cached) return std::nullopt;
+    if (auto live = liveHit(at)) {
+        if (auto hit = confirmHit(live->window, live->watcher, at))
             record(hit->window, hit->watcher, modifiers, "live read");
     }
+    return std::nullopt;
+}
+
+void ClickLedger::windowClosing(const WindowRef& window) {
+    // The app closed the window at the mouse-up, and its notification came before the up
+    // itself: the up settles it while this close gathers.
+    if (press_ && press_->window == window) press_->closedBeforeUp = true;
 }
 
 void ClickLedger::scheduleCheck(double delay, const WindowRef& window, Pid pid) {
@@ -74,6 +119,21 @@ void ClickLedger::record(const WindowRef& window, const std::shared_ptr<AppWatch
 
     log("red dot clicked — " + watcher->name + " \"" + windowTitle(window.element) + "\"  (" +
         std::string(how) + ")" + modifierSuffix(modifiers));
+
+    // An option-click closes every window of the application that can close: each of them
+    // closes by this click, with its modifiers, and its own dialog hold (a save sheet answered
+    // seconds later). Only the clicked window's line is logged.
+    if (!(modifiers & modifier::option)) return;
+    for (const auto& entry : watcher->closeButtonFrames()) {
+        const WindowRef& other = entry.first;
+        if (other == window) continue;
+        clicks_.insert_or_assign(other, ClickRecord{.at = moment,
+                                                    .pid = pid,
+                                                    .modifiers = modifiers,
+                                                    .expiry = moment + ClickRecord::lifetime,
+                                                    .sustained = false});
+        scheduleCheck(ClickRecord::firstDialogCheck, other, pid);
+    }
 }
 
 void ClickLedger::sustainIfBlocked(const WindowRef& window, Pid pid) {
@@ -91,10 +151,18 @@ void ClickLedger::sustainIfBlocked(const WindowRef& window, Pid pid) {
         return;
     }
 
-    bool blocked = watcher->isCloseBlocked(window);
+    std::optional<bool> state = watcher->closeBlockedState(window);
     // The check's reads take time on a slow application: renewals count from when it
     // returned, or a long check would eat into the very time it grants.
     Date checked = context_.clock.now();
+    // Unknown is not "no dialog": while the reads fail (an app that does not answer), a click
+    // held by a dialog stays held. A click never held simply runs its course.
+    bool blocked = state.value_or(false);
+    if (!state) {
+        found = clicks_.find(window);
+        if (found == clicks_.end() || !found->second.sustained) return;
+        blocked = true;
+    }
     if (blocked) {
         // The lookups above may have run observer work; find the record afresh.
         found = clicks_.find(window);
@@ -121,11 +189,16 @@ std::optional<ClickLedger::Hit> ClickLedger::confirmHit(const WindowRef& window,
     // A platform without a window server has nothing to confirm with: the hit stands.
     if (!server) return Hit{window, watcher};
 
+    // The window the click landed in, at any layer below the screen saver: a menu, the menu
+    // bar, the Dock, a banner, a popover or a sheet lying over the red dot takes the click,
+    // and a floating window's red dot is a red dot. Fully transparent windows take none.
     std::optional<WindowServerWindow> top =
-        windowAt(server->windowList(WindowListScope::onScreenCurrentSpace), at);
+        topmostWindowAt(server->windowList(WindowListScope::onScreenCurrentSpace), at);
     // Nothing on screen there (the cached frame belongs to a hidden, minimised or faraway
     // window): the click landed on no close button.
     if (!top) return std::nullopt;
+    // A window of an untracked process (the system's, Quelto's own settings window) is on
+    // top: the click is its, never the window's underneath.
     std::shared_ptr<AppWatcher> topWatcher = tracker_.watcherOf(top->ownerPid);
     if (!topWatcher) return std::nullopt;
 

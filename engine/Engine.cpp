@@ -68,6 +68,9 @@ void Engine::start() {
     clickMonitor_->onClick = [weak](Point at, ModifierFlags modifiers) {
         if (auto engine = weak.lock()) engine->handleClick(at, modifiers);
     };
+    clickMonitor_->onMouseUp = [weak](Point at, ModifierFlags modifiers) {
+        if (auto engine = weak.lock()) engine->handleMouseUp(at, modifiers);
+    };
     clickMonitor_->start();
 
     Workspace& workspace = context_.workspace;
@@ -161,6 +164,12 @@ void Engine::forget(Pid pid) {
 
 void Engine::handleClick(Point at, ModifierFlags modifiers) {
     clicks_->handleClick(at, modifiers);
+}
+
+void Engine::handleMouseUp(Point at, ModifierFlags modifiers) {
+    // A close already gathering, made by this very up: it becomes a red-dot close.
+    if (auto closed = clicks_->handleMouseUp(at, modifiers))
+        closes_->creditMouseUp(closed->pid, closed->modifiers);
 }
 
 }  // namespace quelto

@@ -58,8 +58,9 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     Pid ownPID() const { return ownPID_; }
 
     // ---- Clicks ----
-    // The click monitor's callback.
+    // The click monitor's callbacks: a left mouse-down, and a left mouse-up.
     void handleClick(Point at, ModifierFlags modifiers);
+    void handleMouseUp(Point at, ModifierFlags modifiers);
 
     // ---- Close decision ----
     void windowDestroyed(const WindowRef& ref, const std::shared_ptr<AppWatcher>& watcher,

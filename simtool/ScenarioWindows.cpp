@@ -91,10 +91,16 @@ void Parser::windowCommand(Args& args) {
             desc.space = *n;
         } else if (*w == "unannounced") {
             notify = false;
+        } else if (*w == "floating") {
+            desc.layer = 3;  // kCGFloatingWindowLevel: "always on top"
+        } else if (*w == "layer") {
+            auto n = args.integer("a window-server layer, as in 3");
+            if (!n) return;
+            desc.layer = static_cast<int>(*n);
         } else {
-            std::vector<std::string> options = {"at",          "size",         "role",
-                                                "subrole",     "close-button", "asks-to-save",
-                                                "close-delay", "space",        "unannounced"};
+            std::vector<std::string> options = {
+                "at",          "size",  "role",        "subrole",  "close-button", "asks-to-save",
+                "close-delay", "space", "unannounced", "floating", "layer"};
             std::string message = "unknown window option " + inQuotes(*w);
             if (auto near = closestWord(*w, options))
                 message += " (did you mean \"" + *near + "\"?)";

@@ -350,7 +350,7 @@ TEST_F(ClickAttributionTest, ADialogDismissedWithoutClosingLeavesAFiveSecondGrac
     EXPECT_EQ(journal()[0].cause, "red dot — after a dialog");
 }
 
-TEST_F(ClickAttributionTest, AfterTheGraceAClosedWindowIsNotTheRedDotButKeepsItsDialogFlag) {
+TEST_F(ClickAttributionTest, AfterTheGraceAClosedWindowGetsNothingFromTheExpiredClick) {
     auto letter = savingWindow(textEdit, "Letter");
     slowWindow(textEdit, "Draft");
     startEngine();
@@ -362,10 +362,10 @@ TEST_F(ClickAttributionTest, AfterTheGraceAClosedWindowIsNotTheRedDotButKeepsIts
     desktop.closeWindowWithoutClick(letter);
     desktop.runDue();
     ASSERT_TRUE(engine->closes().isGathering(textEdit));
-    // The expired click still passes on its dialog flag and its modifiers.
+    // An expired click counts for nothing: not the red dot, no dialog flag, no modifiers.
     EXPECT_FALSE(gatheringOf(textEdit).wasRedDot);
-    EXPECT_TRUE(gatheringOf(textEdit).afterDialog);
-    EXPECT_EQ(gatheringOf(textEdit).modifiers, modifier::shift);
+    EXPECT_FALSE(gatheringOf(textEdit).afterDialog);
+    EXPECT_EQ(gatheringOf(textEdit).modifiers, 0u);
 }
 
 TEST_F(ClickAttributionTest, AWindowThatIsGoneKeepsItsRecordForItsDestruction) {
