@@ -61,6 +61,9 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
 
     // Window lists: each reads "AXWindows" afresh.
     std::vector<AXElement> currentWindows() const;
+    // The same list, none when it could not be read (an application that does not answer):
+    // never taken for an application with no windows.
+    std::optional<std::vector<AXElement>> readWindows() const;
     std::vector<AXElement> standardWindows() const;
     std::vector<AXElement> userWindows() const;
     // The user windows, with how the read of the list went: when "AXWindows" cannot be read
@@ -98,6 +101,21 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     }
     bool isWatched(const WindowRef& window) const { return watchedWindows_.count(window) != 0; }
 
+    // What the watcher last learned of a window with a cached close button, from its own
+    // reads when the button was cached and from the window's notifications since (moved,
+    // resized, retitled): its frame and, when its title notifications are taken, its title. None
+    // for a window without a cached close button. Answers a click without a round trip to the
+    // application, which may be busy.
+    struct KnownWindow {
+        std::optional<Rect> frame;         // none when the frame could not be read
+        std::optional<std::string> title;  // as `windowTitle` gives it; none when not followed
+    };
+    const KnownWindow* knownWindow(const WindowRef& window) const {
+        auto found = known_.find(window);
+        return found == known_.end() ? nullptr : &found->second;
+    }
+    const std::unordered_map<WindowRef, KnownWindow>& knownWindows() const { return known_; }
+
   private:
     bool attach();
     void watch(const AXElement& window);
@@ -114,6 +132,8 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     void windowDestroyed(const AXElement& element);
     bool refreshCloseButton(const AXElement& window, int attempt);
     void storeFrame(const WindowRef& ref, Rect frame);
+    // The window's title changed: the known title follows.
+    void retitled(const AXElement& window);
     void forgetFrame(const WindowRef& ref);
 
     WatcherContext context_;
@@ -122,6 +142,8 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     std::unordered_set<WindowRef> watchedWindows_;
     std::unordered_map<WindowRef, Rect> frames_;
     std::unordered_map<WindowRef, CloseButtonMiss> misses_;
+    std::unordered_map<WindowRef, KnownWindow> known_;
+    std::unordered_set<WindowRef> titleFollowed_;
     std::unordered_set<WindowRef> confirmedStandard_;
     std::unordered_set<WindowRef> noted_;
     DestroyedWindowSink& engine_;

@@ -44,7 +44,14 @@ void AppWatcher::storeFrame(const WindowRef& ref, Rect frame) {
     hitWindows_.push_back(ref);
 }
 
+void AppWatcher::retitled(const AXElement& window) {
+    auto found = known_.find(WindowRef{window});
+    if (found == known_.end() || !found->second.title) return;
+    found->second.title = windowTitle(window);
+}
+
 void AppWatcher::forgetFrame(const WindowRef& ref) {
+    known_.erase(ref);
     if (frames_.erase(ref) == 0) return;
     for (std::size_t i = 0; i < hitWindows_.size(); ++i) {
         if (hitWindows_[i] == ref) {
@@ -83,6 +90,11 @@ bool AppWatcher::refreshCloseButton(const AXElement& window, int attempt) {
                 } else if (std::optional<Rect> frame = axFrame(*button)) {
                     storeFrame(ref, frame->outset(frameSlack));
                     misses_.erase(ref);
+                    // The window as it is now, for the clicks on this button: read here, once
+                    // per move, resize or refresh, so that a click needs no read of its own.
+                    KnownWindow known{axFrame(window), std::nullopt};
+                    if (titleFollowed_.count(ref)) known.title = windowTitle(window);
+                    known_.insert_or_assign(ref, std::move(known));
                     return true;
                 } else {
                     miss = CloseButtonMiss::noFrame();
@@ -166,11 +178,10 @@ bool readLeftUnknown(const AXElementsResult& read) {
 }  // namespace
 
 std::optional<bool> AppWatcher::closeBlockedState(const WindowRef& window) const {
-    bool unknown = false;
     AXElementsResult children = axElementsChecked(window.element, "AXChildren");
     for (const AXElement& child : children.elements.value_or(std::vector<AXElement>{}))
         if (axString(child, "AXRole") == std::optional<std::string>("AXSheet")) return true;
-    unknown = readLeftUnknown(children);
+    bool unknown = readLeftUnknown(children);
     AXElementsResult windows = axElementsChecked(appElement_, "AXWindows");
     for (const AXElement& other : windows.elements.value_or(std::vector<AXElement>{})) {
         auto subrole = axString(other, "AXSubrole");
@@ -178,6 +189,12 @@ std::optional<bool> AppWatcher::closeBlockedState(const WindowRef& window) const
     }
     if (unknown || readLeftUnknown(windows)) return std::nullopt;
     return false;
+}
+
+std::optional<std::vector<AXElement>> AppWatcher::readWindows() const {
+    AXElementsResult windows = axElementsChecked(appElement_, "AXWindows");
+    if (!windows.elements && windows.error == axerror::noValue) return std::vector<AXElement>{};
+    return windows.elements;
 }
 
 std::optional<CloseButtonMiss> AppWatcher::missReason(const WindowRef& window) const {

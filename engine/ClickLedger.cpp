@@ -117,8 +117,11 @@ void ClickLedger::record(const WindowRef& window, const std::shared_ptr<AppWatch
                                                  .sustained = false});
     scheduleCheck(ClickRecord::firstDialogCheck, window, pid);
 
-    log("red dot clicked — " + watcher->name + " \"" + windowTitle(window.element) + "\"  (" +
-        std::string(how) + ")" + modifierSuffix(modifiers));
+    // The title the watcher knows: the application is not asked again.
+    const AppWatcher::KnownWindow* known = watcher->knownWindow(window);
+    std::string title = known && known->title ? *known->title : windowTitle(window.element);
+    log("red dot clicked — " + watcher->name + " \"" + title + "\"  (" + std::string(how) + ")" +
+        modifierSuffix(modifiers));
 
     // An option-click closes every window of the application that can close: each of them
     // closes by this click, with its modifiers, and its own dialog hold (a save sheet answered
@@ -189,11 +192,18 @@ std::optional<ClickLedger::Hit> ClickLedger::confirmHit(const WindowRef& window,
     // A platform without a window server has nothing to confirm with: the hit stands.
     if (!server) return Hit{window, watcher};
 
+    // One question to the window server. Once the hit window's number is known, only what is
+    // in front of it and the window itself: on a busy desktop a fraction of the whole list.
+    // (An empty answer: the window is not on screen, hidden, minimised or on another Space.)
+    auto learned = numbers_.find(window);
+    std::vector<WindowServerWindow> shown =
+        learned != numbers_.end() ? server->windowsAbove(learned->second.number)
+                                  : server->windowList(WindowListScope::onScreenCurrentSpace);
+
     // The window the click landed in, at any layer below the screen saver: a menu, the menu
     // bar, the Dock, a banner, a popover or a sheet lying over the red dot takes the click,
     // and a floating window's red dot is a red dot. Fully transparent windows take none.
-    std::optional<WindowServerWindow> top =
-        topmostWindowAt(server->windowList(WindowListScope::onScreenCurrentSpace), at);
+    std::optional<WindowServerWindow> top = topmostWindowAt(shown, at);
     // Nothing on screen there (the cached frame belongs to a hidden, minimised or faraway
     // window): the click landed on no close button.
     if (!top) return std::nullopt;
@@ -202,26 +212,58 @@ std::optional<ClickLedger::Hit> ClickLedger::confirmHit(const WindowRef& window,
     std::shared_ptr<AppWatcher> topWatcher = tracker_.watcherOf(top->ownerPid);
     if (!topWatcher) return std::nullopt;
 
-    // Which of its application's windows the one on top is: the application lists this
-    // Space's windows front to back, so the first one shown (not minimised) with the same
-    // bounds. Two maximised windows of one application have the same bounds; only the front
-    // one can be on top.
-    for (const AXElement& listed : topWatcher->currentWindows()) {
-        if (axBool(listed, "AXMinimized").value_or(false)) continue;
-        std::optional<Rect> frame = axFrame(listed);
-        if (!frame || !sameWindowBounds(top->bounds, *frame)) continue;
-        // The click is that window's if its own close button is under the point: the hit
-        // window itself, or another one whose red dot sits on the same spot.
-        WindowRef ref{listed};
-        const auto& frames = topWatcher->closeButtonFrames();
-        auto cached = frames.find(ref);
-        if (cached != frames.end() && cached->second.contains(at)) return Hit{ref, topWatcher};
-        return std::nullopt;
-    }
+    std::optional<WindowRef> ref = windowShownAs(*top, topWatcher);
+    if (!ref) return std::nullopt;
+    // The click is that window's if its own close button is under the point: the hit
+    // window itself, or another one whose red dot sits on the same spot.
+    const auto& frames = topWatcher->closeButtonFrames();
+    auto cached = frames.find(*ref);
+    if (cached != frames.end() && cached->second.contains(at)) return Hit{*ref, topWatcher};
     return std::nullopt;
 }
 
+std::optional<WindowRef> ClickLedger::windowShownAs(const WindowServerWindow& shown,
+                                                    const std::shared_ptr<AppWatcher>& watcher) {
+    // A window whose number an earlier click learned.
+    for (const auto& [ref, learned] : numbers_)
+        if (learned.number == shown.number && learned.pid == shown.ownerPid) return ref;
+
+    // Else the application's own list: it lists this Space's windows front to back, so the
+    // first one shown (not minimised) with the same bounds. Of two maximised windows with
+    // the same bounds only the front one can be on top. Its number is learned, and the next
+    // click on it needs no such read.
+    if (std::optional<std::vector<AXElement>> listed = watcher->readWindows()) {
+        for (const AXElement& window : *listed) {
+            if (axBool(window, "AXMinimized").value_or(false)) continue;
+            std::optional<Rect> frame = axFrame(window);
+            if (!frame || !sameWindowBounds(shown.bounds, *frame)) continue;
+            WindowRef ref{window};
+            learn(ref, shown);
+            return ref;
+        }
+        return std::nullopt;
+    }
+
+    // The application does not answer (busy, hung): what the watcher already knows answers
+    // for it. The one window whose last known frame has the window server's bounds is the
+    // one shown; with none, or more than one, nothing is confirmed.
+    std::optional<WindowRef> only;
+    int matches = 0;
+    for (const auto& [ref, known] : watcher->knownWindows()) {
+        if (!known.frame || !sameWindowBounds(shown.bounds, *known.frame)) continue;
+        only = ref;
+        ++matches;
+    }
+    if (matches == 1) return only;
+    return std::nullopt;
+}
+
+void ClickLedger::learn(const WindowRef& window, const WindowServerWindow& shown) {
+    numbers_.insert_or_assign(window, Shown{shown.number, shown.ownerPid});
+}
+
 std::optional<ClickRecord> ClickLedger::take(const WindowRef& window) {
+    numbers_.erase(window);
     auto found = clicks_.find(window);
     if (found == clicks_.end()) return std::nullopt;
     ClickRecord click = found->second;
@@ -238,6 +280,7 @@ bool ClickLedger::hasCountingClick(Pid pid) const {
 }
 
 void ClickLedger::forget(Pid pid) {
+    std::erase_if(numbers_, [pid](const auto& entry) { return entry.second.pid == pid; });
     std::erase_if(clicks_, [pid](const auto& entry) { return entry.second.pid == pid; });
 }
 

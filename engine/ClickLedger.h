@@ -7,6 +7,7 @@
 // records, and hands a record over when its window is destroyed.
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -18,6 +19,7 @@
 #include "engine/ClickRecord.h"
 #include "engine/EngineContext.h"
 #include "platform/Types.h"
+#include "platform/WindowServer.h"
 
 namespace quelto {
 
@@ -64,13 +66,15 @@ class ClickLedger {
         WindowRef window;
         std::shared_ptr<AppWatcher> watcher;
     };
-    // Confirms a hit found in the close-button frames with the window server's on-screen
-    // list: the window on top at the point, at any layer below the screen saver, must be the
-    // hit window (same process, same bounds as its Accessibility frame) or another tracked
-    // window whose close button is under the point, which then gets the click. None when the
-    // click belongs to no tracked close button (a menu, the Dock, a banner, an untracked
-    // window such as Quelto's own lies over it). Reads the window server once and window
-    // frames through Accessibility.
+    // Confirms a hit found in the close-button frames with the window server: the window on
+    // top at the point, at any layer below the screen saver, must be the hit window or
+    // another tracked window whose close button is under the point, which then gets the
+    // click. None when the click belongs to no tracked close button (a menu, the Dock, a
+    // banner, an untracked window such as Quelto's own lies over it). One window-server
+    // query: the windows in front of the hit window once its number is known (learned by an
+    // earlier confirmation), the on-screen list before. The window on top is told by its
+    // number; else by the application's window list through Accessibility (which teaches the
+    // number); and when the application does not answer, by the watcher's last known frames.
     std::optional<Hit> confirmHit(const WindowRef& window,
                                   const std::shared_ptr<AppWatcher>& watcher, Point at);
 
@@ -107,6 +111,11 @@ class ClickLedger {
 
     void scheduleCheck(double delay, const WindowRef& window, Pid pid);
     void openPress(const Hit& hit, bool cached);
+    // Which of the watcher's windows the window server shows as `shown`; none when none is.
+    std::optional<WindowRef> windowShownAs(const WindowServerWindow& shown,
+                                           const std::shared_ptr<AppWatcher>& watcher);
+    // Remembers the window's window-server number, for its next confirmation.
+    void learn(const WindowRef& window, const WindowServerWindow& shown);
     // The live read of the frontmost application's uncached close buttons at the point.
     std::optional<Hit> liveHit(Point at);
 
@@ -115,6 +124,13 @@ class ClickLedger {
     std::weak_ptr<const void> owner_;
     std::unordered_map<WindowRef, ClickRecord> clicks_;
     std::optional<PendingPress> press_;
+    // The window-server numbers of windows confirmed before, until the window is destroyed or
+    // its application forgotten.
+    struct Shown {
+        std::uint32_t number = 0;
+        Pid pid = 0;
+    };
+    std::unordered_map<WindowRef, Shown> numbers_;
 };
 
 }  // namespace quelto

@@ -81,9 +81,11 @@ TEST_F(WatcherTest, ObserverOnTheRunLoopWithRegistrationsInOrder) {
                                              {b, "AXUIElementDestroyed"},
                                              {b, "AXWindowMoved"},
                                              {b, "AXWindowResized"},
+                                             {b, "AXTitleChanged"},
                                              {a, "AXUIElementDestroyed"},
                                              {a, "AXWindowMoved"},
-                                             {a, "AXWindowResized"}}));
+                                             {a, "AXWindowResized"},
+                                             {a, "AXTitleChanged"}}));
     for (void* refcon : desktop.registrationRefcons(pid)) EXPECT_EQ(refcon, watcher.get());
     EXPECT_EQ(watcher->trackedWindowCount(), 2u);
 }
@@ -300,7 +302,7 @@ TEST_F(WatcherTest, UnknownNotificationsAndNullRefconsAreIgnored) {
     auto watcher = makeWatcher();
     desktop.resetCounters();
     UnusedObserver none;
-    AppWatcher::observerCallback(none, desktop.element(w), "AXTitleChanged", watcher.get());
+    AppWatcher::observerCallback(none, desktop.element(w), "AXValueChanged", watcher.get());
     AppWatcher::observerCallback(none, desktop.element(w), "AXUIElementDestroyed", nullptr);
     AppWatcher::observerCallback(none, desktop.element(w), "axuielementdestroyed", watcher.get());
     EXPECT_TRUE(watcher->isWatched(ref(w)));
