@@ -79,6 +79,10 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
 
     // Catches up on windows the notifications missed; never drops a window.
     void resync();
+    // Reads every watched window's close button (and what is known of the window) afresh:
+    // frames in global coordinates may all have moved without any window saying so (the
+    // displays' arrangement changed).
+    void refreshEveryCloseButton();
 
     // Hit tests and questions about the close (the close-button cache).
     std::optional<WindowRef> closeButtonHit(Point at) const;  // no platform call

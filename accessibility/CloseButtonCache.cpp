@@ -130,6 +130,18 @@ bool AppWatcher::refreshCloseButton(const AXElement& window, int attempt) {
     return false;
 }
 
+void AppWatcher::refreshEveryCloseButton() {
+    // A copy: a refresh that finds a window gone does not change the set, but stays safe if
+    // it ever did.
+    std::vector<WindowRef> windows(watchedWindows_.begin(), watchedWindows_.end());
+    for (const WindowRef& ref : windows) {
+        auto miss = misses_.find(ref);
+        if (miss != misses_.end() && miss->second.kind == CloseButtonMiss::Kind::unsupported)
+            continue;  // custom chrome is final
+        refreshCloseButton(ref.element, 1);
+    }
+}
+
 std::optional<WindowRef> AppWatcher::closeButtonHit(Point at) const {
     // Runs for every click anywhere: a plain walk over the flat rectangles, no platform call.
     const Rect* frames = hitFrames_.data();

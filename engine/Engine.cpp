@@ -73,6 +73,11 @@ void Engine::start() {
     };
     clickMonitor_->start();
 
+    if (context_.windowServer)
+        screens_ = context_.windowServer->observeScreenArrangement([weak] {
+            if (auto engine = weak.lock()) engine->screensChanged();
+        });
+
     Workspace& workspace = context_.workspace;
     launches_ = workspace.observeLaunches([weak](const RunningApplicationRef& app) {
         if (auto engine = weak.lock()) engine->appLaunched(app);
@@ -164,6 +169,13 @@ void Engine::forget(Pid pid) {
 
 void Engine::handleClick(Point at, ModifierFlags modifiers) {
     clicks_->handleClick(at, modifiers);
+}
+
+void Engine::screensChanged() {
+    apps_.firstOf([](const std::shared_ptr<AppWatcher>& watcher) {
+        watcher->refreshEveryCloseButton();
+        return false;
+    });
 }
 
 void Engine::handleMouseUp(Point at, ModifierFlags modifiers) {

@@ -61,6 +61,9 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     // The click monitor's callbacks: a left mouse-down, and a left mouse-up.
     void handleClick(Point at, ModifierFlags modifiers);
     void handleMouseUp(Point at, ModifierFlags modifiers);
+    // The displays' arrangement changed: every cached close button is read afresh, since
+    // every global coordinate may have moved without any window saying so.
+    void screensChanged();
 
     // ---- Close decision ----
     void windowDestroyed(const WindowRef& ref, const std::shared_ptr<AppWatcher>& watcher,
@@ -97,6 +100,7 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     std::unique_ptr<QuitRequester> quits_;
     Subscription launches_;
     Subscription terminations_;
+    Subscription screens_;
 };
 
 }  // namespace quelto
