@@ -18,12 +18,16 @@ namespace {
 // that layer in their stacking order, each sheet just in front of its window.
 template <typename Visit>
 void forEachDrawn(const SimDesktop::State& s, Visit visit) {
+    // The distinct layers, highest first: a handful, whatever the number of windows.
     std::vector<int> layers;
-    for (const auto& [overlay, number] : s.overlays) layers.push_back(overlay.layer);
+    auto addLayer = [&layers](int layer) {
+        if (std::find(layers.begin(), layers.end(), layer) == layers.end())
+            layers.push_back(layer);
+    };
+    for (const auto& [overlay, number] : s.overlays) addLayer(overlay.layer);
     for (ElementId id : s.zOrder)
-        if (const Element* w = s.find(id); w && w->alive) layers.push_back(w->desc.layer);
+        if (const Element* w = s.find(id); w && w->alive) addLayer(w->desc.layer);
     std::sort(layers.begin(), layers.end(), std::greater<int>());
-    layers.erase(std::unique(layers.begin(), layers.end()), layers.end());
     for (int layer : layers) {
         for (const auto& [overlay, number] : s.overlays) {
             if (overlay.layer != layer) continue;
