@@ -77,6 +77,12 @@ void AppWatcher::watch(const AXElement& window) {
                                  std::string(nameOf(AXNotification::windowMoved)),
                                  std::string(nameOf(AXNotification::windowResized))},
                                 1);
+    // The title is followed, once and quietly, so that a click's log line needs no read of
+    // its own; a window that does not take the notification has its title read at the click.
+    AXError followed =
+        observer_->addNotification(window, std::string(nameOf(AXNotification::titleChanged)), this);
+    if (followed.isSuccess() || followed == axerror::notificationAlreadyRegistered)
+        titleFollowed_.insert(ref);
     refreshCloseButton(window, 1);
 }
 
@@ -103,6 +109,9 @@ void AppWatcher::handle(const std::string& notification, const AXElement& elemen
         case AXNotification::windowResized:
             refreshCloseButton(element, 1);
             return;
+        case AXNotification::titleChanged:
+            retitled(element);
+            return;
         case AXNotification::elementDestroyed:
             windowGone(WindowRef{element});
             return;
@@ -126,6 +135,7 @@ void AppWatcher::windowGone(const WindowRef& ref) {
     }
     bool wasStandard = confirmedStandard_.erase(ref) != 0;
     noted_.erase(ref);
+    titleFollowed_.erase(ref);
 
     // Never confirmed standard: never reported. Custom chrome: never reported either.
     if (!wasStandard) return;

@@ -62,6 +62,9 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
 
     // Window lists: each reads "AXWindows" afresh.
     std::vector<AXElement> currentWindows() const;
+    // The same list, none when it could not be read (an application that does not answer):
+    // never taken for an application with no windows.
+    std::optional<std::vector<AXElement>> readWindows() const;
     std::vector<AXElement> standardWindows() const;
     std::vector<AXElement> userWindows() const;
     // The windows "AXWindows" lists, and those of them that are the user's.
@@ -82,11 +85,19 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
 
     // Catches up on windows the notifications missed; never drops a window.
     void resync();
+    // Reads every watched window's close button (and what is known of the window) afresh:
+    // frames in global coordinates may all have moved without any window saying so (the
+    // displays' arrangement changed).
+    void refreshEveryCloseButton();
 
     // Hit tests and questions about the close (the close-button cache).
     std::optional<WindowRef> closeButtonHit(Point at) const;  // no platform call
     std::optional<WindowRef> liveCloseButtonHit(Point at);
     bool isCloseBlocked(const WindowRef& window) const;
+    // The same question, with "cannot tell" kept apart from "no": none when a read that could
+    // have shown the sheet or dialog failed (an app that does not answer), so that a hold is
+    // not ended by a look that saw nothing. The same reads as isCloseBlocked.
+    std::optional<bool> closeBlockedState(const WindowRef& window) const;
     std::optional<CloseButtonMiss> missReason(const WindowRef& window) const;
 
     // The observer callback; the refcon is the watcher, not retained.
@@ -110,6 +121,21 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
         return out;
     }
 
+    // What the watcher last learned of a window with a cached close button, from its own
+    // reads when the button was cached and from the window's notifications since (moved,
+    // resized, retitled): its frame and, when its title notifications are taken, its title. None
+    // for a window without a cached close button. Answers a click without a round trip to the
+    // application, which may be busy.
+    struct KnownWindow {
+        std::optional<Rect> frame;         // none when the frame could not be read
+        std::optional<std::string> title;  // as `windowTitle` gives it; none when not followed
+    };
+    const KnownWindow* knownWindow(const WindowRef& window) const {
+        auto found = known_.find(window);
+        return found == known_.end() ? nullptr : &found->second;
+    }
+    const std::unordered_map<WindowRef, KnownWindow>& knownWindows() const { return known_; }
+
   private:
     bool attach();
     void watch(const AXElement& window);
@@ -127,6 +153,8 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     void handle(const std::string& notification, const AXElement& element);
     bool refreshCloseButton(const AXElement& window, int attempt);
     void storeFrame(const WindowRef& ref, Rect frame);
+    // The window's title changed: the known title follows.
+    void retitled(const AXElement& window);
     void forgetFrame(const WindowRef& ref);
 
     WatcherContext context_;
@@ -135,6 +163,8 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     std::unordered_set<WindowRef> watchedWindows_;
     std::unordered_map<WindowRef, Rect> frames_;
     std::unordered_map<WindowRef, CloseButtonMiss> misses_;
+    std::unordered_map<WindowRef, KnownWindow> known_;
+    std::unordered_set<WindowRef> titleFollowed_;
     std::unordered_set<WindowRef> confirmedStandard_;
     std::unordered_set<WindowRef> noted_;
     DestroyedWindowSink& engine_;

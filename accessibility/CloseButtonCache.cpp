@@ -44,7 +44,14 @@ void AppWatcher::storeFrame(const WindowRef& ref, Rect frame) {
     hitWindows_.push_back(ref);
 }
 
+void AppWatcher::retitled(const AXElement& window) {
+    auto found = known_.find(WindowRef{window});
+    if (found == known_.end() || !found->second.title) return;
+    found->second.title = windowTitle(window);
+}
+
 void AppWatcher::forgetFrame(const WindowRef& ref) {
+    known_.erase(ref);
     if (frames_.erase(ref) == 0) return;
     for (std::size_t i = 0; i < hitWindows_.size(); ++i) {
         if (hitWindows_[i] == ref) {
@@ -83,6 +90,11 @@ bool AppWatcher::refreshCloseButton(const AXElement& window, int attempt) {
                 } else if (std::optional<Rect> frame = axFrame(*button)) {
                     storeFrame(ref, frame->outset(frameSlack));
                     misses_.erase(ref);
+                    // The window as it is now, for the clicks on this button: read here, once
+                    // per move, resize or refresh, so that a click needs no read of its own.
+                    KnownWindow known{axFrame(window), std::nullopt};
+                    if (titleFollowed_.count(ref)) known.title = windowTitle(window);
+                    known_.insert_or_assign(ref, std::move(known));
                     return true;
                 } else {
                     miss = CloseButtonMiss::noFrame();
@@ -118,6 +130,18 @@ bool AppWatcher::refreshCloseButton(const AXElement& window, int attempt) {
     return false;
 }
 
+void AppWatcher::refreshEveryCloseButton() {
+    // A copy: a refresh that finds a window gone does not change the set, but stays safe if
+    // it ever did.
+    std::vector<WindowRef> windows(watchedWindows_.begin(), watchedWindows_.end());
+    for (const WindowRef& ref : windows) {
+        auto miss = misses_.find(ref);
+        if (miss != misses_.end() && miss->second.kind == CloseButtonMiss::Kind::unsupported)
+            continue;  // custom chrome is final
+        refreshCloseButton(ref.element, 1);
+    }
+}
+
 std::optional<WindowRef> AppWatcher::closeButtonHit(Point at) const {
     // Runs for every click anywhere: a plain walk over the flat rectangles, no platform call.
     const Rect* frames = hitFrames_.data();
@@ -151,6 +175,38 @@ bool AppWatcher::isCloseBlocked(const WindowRef& window) const {
         if (subrole && isDialogSubrole(*subrole)) return true;
     }
     return false;
+}
+
+namespace {
+
+// Whether a failed list read says nothing about the list: an error other than "there is no
+// such list" (no value, attribute unsupported) or "the element is gone".
+bool readLeftUnknown(const Read<std::vector<AXElement>>& read) {
+    if (read.value) return false;
+    return read.error != axerror::noValue && read.error != axerror::attributeUnsupported &&
+           read.error != axerror::invalidUIElement;
+}
+
+}  // namespace
+
+std::optional<bool> AppWatcher::closeBlockedState(const WindowRef& window) const {
+    Read<std::vector<AXElement>> children = axElementsChecked(window.element, "AXChildren");
+    for (const AXElement& child : children.value.value_or(std::vector<AXElement>{}))
+        if (axString(child, "AXRole") == std::optional<std::string>("AXSheet")) return true;
+    bool unknown = readLeftUnknown(children);
+    Read<std::vector<AXElement>> windows = axElementsChecked(appElement_, "AXWindows");
+    for (const AXElement& other : windows.value.value_or(std::vector<AXElement>{})) {
+        auto subrole = axString(other, "AXSubrole");
+        if (subrole && isDialogSubrole(*subrole)) return true;
+    }
+    if (unknown || readLeftUnknown(windows)) return std::nullopt;
+    return false;
+}
+
+std::optional<std::vector<AXElement>> AppWatcher::readWindows() const {
+    Read<std::vector<AXElement>> windows = axElementsChecked(appElement_, "AXWindows");
+    if (!windows.value && windows.error == axerror::noValue) return std::vector<AXElement>{};
+    return windows.value;
 }
 
 std::optional<CloseButtonMiss> AppWatcher::missReason(const WindowRef& window) const {

@@ -76,9 +76,9 @@ void AppWatcher::registerAppNotifications(std::vector<std::string> names, int at
 
 void AppWatcher::readWindowsAtAttach(int attempt) {
     if (!observer_) return;
-    AXElementsResult list = axElementsChecked(appElement_, "AXWindows");
-    if (list.elements) {
-        for (const AXElement& window : *list.elements) watch(window);
+    Read<std::vector<AXElement>> list = axElementsChecked(appElement_, "AXWindows");
+    if (list.value) {
+        for (const AXElement& window : *list.value) watch(window);
         return;
     }
     if (!isTransient(list.error)) return;

@@ -18,16 +18,20 @@ namespace {
 constexpr int apps = 50;
 constexpr int windowsPerApp = 20;
 
-// Runs `operation` once as the benchmark's only iteration and reports its reads.
+// Runs `operation` once as the benchmark's only iteration and reports its reads, and its
+// queries to the window server (whole lists and windows-above lists) as "ws_queries".
 void countReads(benchmark::State& state, BusyDesktop& busy,
                 const std::function<void()>& operation) {
     std::uint64_t reads = 0;
+    std::uint64_t queries = 0;
     for (auto _ : state) {
         busy.desktop().resetCounters();
         operation();
         reads = busy.desktop().accessibilityReadCount();
+        queries = busy.desktop().windowListReadCount() + busy.desktop().windowsAboveReadCount();
     }
     state.counters["ax_reads"] = static_cast<double>(reads);
+    state.counters["ws_queries"] = static_cast<double>(queries);
     Log::shared().drain();
 }
 
@@ -57,19 +61,49 @@ void BM_Reads_CachedHitTest(benchmark::State& state) {
 }
 BENCHMARK(BM_Reads_CachedHitTest)->Iterations(1);
 
-// The whole click on a cached close button: the hit test, the record and its log line,
-// which names the window by its title.
+// The whole click on a cached close button, mouse-down and mouse-up: the hit test, the
+// confirmation where the button goes up, the record and its log line, which names the window
+// by its title. The window was clicked once before (its window number is known), as in
+// `BM_ClickHit`.
 void BM_Reads_CachedHitClick(benchmark::State& state) {
     BusyDesktop busy(apps, windowsPerApp);
-    countReads(state, busy, [&] { busy.engine().handleClick(busy.hitPoint(), 0); });
+    busy.engine().handleClick(busy.hitPoint(), 0);
+    busy.engine().handleMouseUp(busy.hitPoint(), 0);
+    countReads(state, busy, [&] {
+        busy.engine().handleClick(busy.hitPoint(), 0);
+        busy.engine().handleMouseUp(busy.hitPoint(), 0);
+    });
     if (busy.engine().clicks().size() != 1) state.SkipWithError("the click was not recorded");
 }
 BENCHMARK(BM_Reads_CachedHitClick)->Iterations(1);
+
+// The first click on that close button: the window's number is learned from the on-screen
+// list, still one window-server query and no Accessibility read.
+void BM_Reads_FirstHitClick(benchmark::State& state) {
+    BusyDesktop busy(apps, windowsPerApp);
+    countReads(state, busy, [&] {
+        busy.engine().handleClick(busy.hitPoint(), 0);
+        busy.engine().handleMouseUp(busy.hitPoint(), 0);
+    });
+    if (busy.engine().clicks().size() != 1) state.SkipWithError("the click was not recorded");
+}
+BENCHMARK(BM_Reads_FirstHitClick)->Iterations(1);
+
+// A miss with its mouse-up.
+void BM_Reads_CachedMissWithMouseUp(benchmark::State& state) {
+    BusyDesktop busy(apps, windowsPerApp);
+    countReads(state, busy, [&] {
+        busy.engine().handleClick(busy.missPoint(), 0);
+        busy.engine().handleMouseUp(busy.missPoint(), 0);
+    });
+}
+BENCHMARK(BM_Reads_CachedMissWithMouseUp)->Iterations(1);
 
 // The look for a dialog holding up the close, 0.35 s after a recorded click.
 void BM_Reads_DialogCheck(benchmark::State& state) {
     BusyDesktop busy(apps, windowsPerApp);
     busy.engine().handleClick(busy.hitPoint(), 0);
+    busy.engine().handleMouseUp(busy.hitPoint(), 0);
     countReads(state, busy, [&] { busy.desktop().advance(0.35); });
 }
 BENCHMARK(BM_Reads_DialogCheck)->Iterations(1);
@@ -88,7 +122,10 @@ void BM_Reads_LivePassHit(benchmark::State& state) {
     desktop.focusWindow(late);  // the watcher catches up on the window it was not told about
     desktop.advance(5);
     Point at = closeButtonCentre(desktop, late);
-    countReads(state, busy, [&] { busy.engine().handleClick(at, 0); });
+    countReads(state, busy, [&] {
+        busy.engine().handleClick(at, 0);
+        busy.engine().handleMouseUp(at, 0);
+    });
     if (busy.engine().clicks().size() != 1) state.SkipWithError("the live pass missed");
 }
 BENCHMARK(BM_Reads_LivePassHit)->Iterations(1);

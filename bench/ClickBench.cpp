@@ -48,6 +48,22 @@ void BM_ClickMiss(benchmark::State& state) {
 }
 BENCHMARK(BM_ClickMiss);
 
+// The same miss with its mouse-up: watching mouse-ups must add nothing measurable to a click
+// that hit nothing (no pending press, nothing to do).
+void BM_ClickMissWithMouseUp(benchmark::State& state) {
+    BusyDesktop& busy = BusyDesktop::shared();
+    if (!allCached(state, busy)) return;
+    Engine& engine = busy.engine();
+    Point at = busy.missPoint();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(at);
+        engine.handleClick(at, 0);
+        engine.handleMouseUp(at, 0);
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(BM_ClickMissWithMouseUp);
+
 // The same miss, with the frontmost application watched and all its windows cached: the
 // live pass then asks that watcher, which finds no window worth a re-read.
 void BM_ClickMissFrontmostWatched(benchmark::State& state) {
@@ -76,7 +92,8 @@ void BM_ClickMissFloor(benchmark::State& state) {
 }
 BENCHMARK(BM_ClickMissFloor);
 
-// A click on a cached close button (of the last application the cached pass walks): the
+// A click on a cached close button (of the last application the cached pass walks), its
+// mouse-down and mouse-up: the pending press, the confirmation where the button goes up, the
 // click record, its dialog check scheduled on the main queue, and the log line, whose write
 // goes to the log's queue. Every 1024 clicks, untimed, the virtual clock runs the scheduled
 // checks and the log queue is drained, so neither grows without bound.
@@ -89,6 +106,7 @@ void BM_ClickHit(benchmark::State& state) {
     for (auto _ : state) {
         benchmark::DoNotOptimize(at);
         engine.handleClick(at, 0);
+        engine.handleMouseUp(at, 0);
         if (++n % 1024 == 0) {
             state.PauseTiming();
             busy.desktop().advance(0.5);

@@ -25,34 +25,79 @@ void ClickLedger::prune() {
 }
 
 void ClickLedger::handleClick(Point at, ModifierFlags modifiers) {
+    (void)modifiers;  // the click's modifiers are those held when the button goes up
     prune();
+    // A new press ends any earlier one (its mouse-up went unseen).
+    press_.reset();
 
-    // The cached frames first: an in-memory walk, no Accessibility call.
-    // A hit is then confirmed with the window server: the frame may belong to a window that
-    // is hidden, minimised, on another Space or covered where the click landed. One that is
-    // not confirmed counts as a miss, and the live pass below may still find the button.
+    // The cached frames first: an in-memory walk, no platform call. Whether the window is
+    // really the one on top there is settled when the button goes up, where the red dot acts.
     std::optional<Hit> cached =
         tracker_.firstOf([at](const std::shared_ptr<AppWatcher>& watcher) -> std::optional<Hit> {
             if (auto window = watcher->closeButtonHit(at)) return Hit{*window, watcher};
             return std::nullopt;
         });
     if (cached) {
-        if (auto hit = confirmHit(cached->window, cached->watcher, at)) {
-            record(hit->window, hit->watcher, modifiers, "cached");
-            return;
-        }
+        openPress(*cached, true);
+        return;
     }
 
     // Then a live read, of the frontmost application only: a click on an uncached close
     // button of a background application is deliberately not attributed.
+    if (auto hit = liveHit(at)) openPress(*hit, false);
+}
+
+void ClickLedger::openPress(const Hit& hit, bool cached) {
+    const auto& frames = hit.watcher->closeButtonFrames();
+    auto frame = frames.find(hit.window);
+    if (frame == frames.end()) return;
+    press_ = PendingPress{hit.window, hit.watcher, frame->second, cached, false};
+}
+
+std::optional<ClickLedger::Hit> ClickLedger::liveHit(Point at) {
     RunningApplicationRef front = context_.workspace.frontmostApplication();
-    if (!front) return;
+    if (!front) return std::nullopt;
     std::shared_ptr<AppWatcher> watcher = tracker_.watcherOf(front->processIdentifier());
-    if (!watcher) return;
-    if (auto window = watcher->liveCloseButtonHit(at)) {
-        if (auto hit = confirmHit(*window, watcher, at))
+    if (!watcher) return std::nullopt;
+    if (auto window = watcher->liveCloseButtonHit(at)) return Hit{*window, watcher};
+    return std::nullopt;
+}
+
+std::optional<ClickLedger::ClosedByUp> ClickLedger::handleMouseUp(Point at,
+                                                                  ModifierFlags modifiers) {
+    // Every mouse-up passes here; without a press on a close button there is nothing to do.
+    if (!press_) return std::nullopt;
+    PendingPress press = std::move(*press_);
+    press_.reset();
+    std::shared_ptr<AppWatcher> watcher = press.watcher.lock();
+    // Dragged off the close button: the red dot does nothing, and neither does the click.
+    if (!watcher || !press.button.contains(at)) return std::nullopt;
+    if (tracker_.watcherOf(watcher->pid) != watcher) return std::nullopt;
+
+    // The window is already gone (its notification was handled first): it cannot be
+    // confirmed on screen any more, and it closed by this very up, over its close button.
+    // The close is still gathering: the engine makes it a red-dot close with the up's
+    // modifiers.
+    if (press.closedBeforeUp) return ClosedByUp{watcher->pid, modifiers};
+
+    // Confirmed with the window server where the button went up. A cached hit that is not
+    // confirmed counts as a miss, and the live pass may still find the button.
+    if (auto hit = confirmHit(press.window, watcher, at)) {
+        record(hit->window, hit->watcher, modifiers, press.cached ? "cached" : "live read");
+        return std::nullopt;
+    }
+    if (!press.cached) return std::nullopt;
+    if (auto live = liveHit(at)) {
+        if (auto hit = confirmHit(live->window, live->watcher, at))
             record(hit->window, hit->watcher, modifiers, "live read");
     }
+    return std::nullopt;
+}
+
+void ClickLedger::windowClosing(const WindowRef& window) {
+    // The app closed the window at the mouse-up, and its notification came before the up
+    // itself: the up settles it while this close gathers.
+    if (press_ && press_->window == window) press_->closedBeforeUp = true;
 }
 
 void ClickLedger::scheduleCheck(double delay, const WindowRef& window, Pid pid) {
@@ -72,8 +117,26 @@ void ClickLedger::record(const WindowRef& window, const std::shared_ptr<AppWatch
                                                  .sustained = false});
     scheduleCheck(ClickRecord::firstDialogCheck, window, pid);
 
-    log("red dot clicked — " + watcher->name + " \"" + windowTitle(window.element) + "\"  (" +
-        std::string(how) + ")" + modifierSuffix(modifiers));
+    // The title the watcher knows: the application is not asked again.
+    const AppWatcher::KnownWindow* known = watcher->knownWindow(window);
+    std::string title = known && known->title ? *known->title : windowTitle(window.element);
+    log("red dot clicked — " + watcher->name + " \"" + title + "\"  (" + std::string(how) + ")" +
+        modifierSuffix(modifiers));
+
+    // An option-click closes every window of the application that can close: each of them
+    // closes by this click, with its modifiers, and its own dialog hold (a save sheet answered
+    // seconds later). Only the clicked window's line is logged.
+    if (!(modifiers & modifier::option)) return;
+    for (const auto& entry : watcher->closeButtonFrames()) {
+        const WindowRef& other = entry.first;
+        if (other == window) continue;
+        clicks_.insert_or_assign(other, ClickRecord{.at = moment,
+                                                    .pid = pid,
+                                                    .modifiers = modifiers,
+                                                    .expiry = moment + ClickRecord::lifetime,
+                                                    .sustained = false});
+        scheduleCheck(ClickRecord::firstDialogCheck, other, pid);
+    }
 }
 
 void ClickLedger::sustainIfBlocked(const WindowRef& window, Pid pid) {
@@ -98,10 +161,18 @@ void ClickLedger::sustainIfBlocked(const WindowRef& window, Pid pid) {
         return;
     }
 
-    bool blocked = watcher->isCloseBlocked(window);
+    std::optional<bool> state = watcher->closeBlockedState(window);
     // The check's reads take time on a slow application: renewals count from when it
     // returned, or a long check would eat into the very time it grants.
     Date checked = context_.clock.now();
+    // Unknown is not "no dialog": while the reads fail (an app that does not answer), a click
+    // held by a dialog stays held. A click never held simply runs its course.
+    bool blocked = state.value_or(false);
+    if (!state) {
+        found = clicks_.find(window);
+        if (found == clicks_.end() || !found->second.sustained) return;
+        blocked = true;
+    }
     if (blocked) {
         // The lookups above may have run observer work; find the record afresh.
         found = clicks_.find(window);
@@ -128,34 +199,78 @@ std::optional<ClickLedger::Hit> ClickLedger::confirmHit(const WindowRef& window,
     // A platform without a window server has nothing to confirm with: the hit stands.
     if (!server) return Hit{window, watcher};
 
-    std::optional<WindowServerWindow> top =
-        windowAt(server->windowList(WindowListScope::onScreenCurrentSpace), at);
+    // One question to the window server. Once the hit window's number is known, only what is
+    // in front of it and the window itself: on a busy desktop a fraction of the whole list.
+    // (An empty answer: the window is not on screen, hidden, minimised or on another Space.)
+    auto learned = numbers_.find(window);
+    std::vector<WindowServerWindow> shown =
+        learned != numbers_.end() ? server->windowsAbove(learned->second.number)
+                                  : server->windowList(WindowListScope::onScreenCurrentSpace);
+
+    // The window the click landed in, at any layer below the screen saver: a menu, the menu
+    // bar, the Dock, a banner, a popover or a sheet lying over the red dot takes the click,
+    // and a floating window's red dot is a red dot. Fully transparent windows take none.
+    std::optional<WindowServerWindow> top = topmostWindowAt(shown, at);
     // Nothing on screen there (the cached frame belongs to a hidden, minimised or faraway
     // window): the click landed on no close button.
     if (!top) return std::nullopt;
+    // A window of an untracked process (the system's, Quelto's own settings window) is on
+    // top: the click is its, never the window's underneath.
     std::shared_ptr<AppWatcher> topWatcher = tracker_.watcherOf(top->ownerPid);
     if (!topWatcher) return std::nullopt;
 
-    // Which of its application's windows the one on top is: the application lists this
-    // Space's windows front to back, so the first one shown (not minimised) with the same
-    // bounds. Two maximised windows of one application have the same bounds; only the front
-    // one can be on top.
-    for (const AXElement& listed : topWatcher->currentWindows()) {
-        if (axBool(listed, "AXMinimized").value_or(false)) continue;
-        std::optional<Rect> frame = axFrame(listed);
-        if (!frame || !sameWindowBounds(top->bounds, *frame)) continue;
-        // The click is that window's if its own close button is under the point: the hit
-        // window itself, or another one whose red dot sits on the same spot.
-        WindowRef ref{listed};
-        const auto& frames = topWatcher->closeButtonFrames();
-        auto cached = frames.find(ref);
-        if (cached != frames.end() && cached->second.contains(at)) return Hit{ref, topWatcher};
-        return std::nullopt;
-    }
+    std::optional<WindowRef> ref = windowShownAs(*top, topWatcher);
+    if (!ref) return std::nullopt;
+    // The click is that window's if its own close button is under the point: the hit
+    // window itself, or another one whose red dot sits on the same spot.
+    const auto& frames = topWatcher->closeButtonFrames();
+    auto cached = frames.find(*ref);
+    if (cached != frames.end() && cached->second.contains(at)) return Hit{*ref, topWatcher};
     return std::nullopt;
 }
 
+std::optional<WindowRef> ClickLedger::windowShownAs(const WindowServerWindow& shown,
+                                                    const std::shared_ptr<AppWatcher>& watcher) {
+    // A window whose number an earlier click learned.
+    for (const auto& [ref, learned] : numbers_)
+        if (learned.number == shown.number && learned.pid == shown.ownerPid) return ref;
+
+    // Else the application's own list: it lists this Space's windows front to back, so the
+    // first one shown (not minimised) with the same bounds. Of two maximised windows with
+    // the same bounds only the front one can be on top. Its number is learned, and the next
+    // click on it needs no such read.
+    if (std::optional<std::vector<AXElement>> listed = watcher->readWindows()) {
+        for (const AXElement& window : *listed) {
+            if (axBool(window, "AXMinimized").value_or(false)) continue;
+            std::optional<Rect> frame = axFrame(window);
+            if (!frame || !sameWindowBounds(shown.bounds, *frame)) continue;
+            WindowRef ref{window};
+            learn(ref, shown);
+            return ref;
+        }
+        return std::nullopt;
+    }
+
+    // The application does not answer (busy, hung): what the watcher already knows answers
+    // for it. The one window whose last known frame has the window server's bounds is the
+    // one shown; with none, or more than one, nothing is confirmed.
+    std::optional<WindowRef> only;
+    int matches = 0;
+    for (const auto& [ref, known] : watcher->knownWindows()) {
+        if (!known.frame || !sameWindowBounds(shown.bounds, *known.frame)) continue;
+        only = ref;
+        ++matches;
+    }
+    if (matches == 1) return only;
+    return std::nullopt;
+}
+
+void ClickLedger::learn(const WindowRef& window, const WindowServerWindow& shown) {
+    numbers_.insert_or_assign(window, Shown{shown.number, shown.ownerPid});
+}
+
 std::optional<ClickRecord> ClickLedger::take(const WindowRef& window) {
+    numbers_.erase(window);
     auto found = clicks_.find(window);
     if (found == clicks_.end()) return std::nullopt;
     ClickRecord click = found->second;
@@ -172,6 +287,7 @@ bool ClickLedger::hasCountingClick(Pid pid) const {
 }
 
 void ClickLedger::forget(Pid pid) {
+    std::erase_if(numbers_, [pid](const auto& entry) { return entry.second.pid == pid; });
     std::erase_if(clicks_, [pid](const auto& entry) { return entry.second.pid == pid; });
 }
 

@@ -1,11 +1,13 @@
 #pragma once
 // Click attribution. Owns the recent clicks: the close-button clicks not yet consumed, one
-// record per window. It finds which tracked window's close button a mouse-down landed on
-// (the cached frames first, confirmed with the window server; then a live read of the
-// frontmost application), records the click, keeps the record alive while a dialog holds the
-// close open, prunes expired records, and hands a record over when its window is destroyed.
+// record per window, and the press waiting for its mouse-up. A mouse-down on a close button
+// (the cached frames first; then a live read of the frontmost application) opens the press;
+// the mouse-up over the same close button, confirmed with the window server, makes the
+// record. The ledger keeps a record alive while a dialog holds the close open, prunes expired
+// records, and hands a record over when its window is destroyed.
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -17,6 +19,7 @@
 #include "engine/ClickRecord.h"
 #include "engine/EngineContext.h"
 #include "platform/Types.h"
+#include "platform/WindowServer.h"
 
 namespace quelto {
 
@@ -29,8 +32,26 @@ class ClickLedger {
     ClickLedger(const ClickLedger&) = delete;
     ClickLedger& operator=(const ClickLedger&) = delete;
 
-    // A left mouse-down at `at` (global top-left coordinates) with `modifiers` held.
+    // A left mouse-down at `at` (the event's own point, global top-left coordinates): when it
+    // lands on a close button (cached, or found by the live read of the frontmost
+    // application), it opens the pending press; nothing is recorded yet. `modifiers` are not
+    // the click's: those held at the mouse-up are.
     void handleClick(Point at, ModifierFlags modifiers);
+
+    // A close made by a mouse-up whose window's destroyed notification was handled first.
+    struct ClosedByUp {
+        Pid pid = 0;
+        ModifierFlags modifiers{};
+    };
+    // A left mouse-up: the red dot acts when the button goes up on it, and so does the click.
+    // An up over the close button the press went down on, confirmed as the window on top
+    // there, becomes the click record, with the up's time and modifiers; any other up
+    // discards the press. When the pressed window was already destroyed (`windowClosing`),
+    // the up returns the close it made, for the gathering of its application's closes.
+    std::optional<ClosedByUp> handleMouseUp(Point at, ModifierFlags modifiers);
+    // A tracked window is being destroyed: a press on its close button is settled by its
+    // mouse-up.
+    void windowClosing(const WindowRef& window);
     // Remembers a click on `window`'s close button, logs it, and schedules the first look
     // for a dialog holding the close. `how` says how the hit was found ("cached", "live read").
     void record(const WindowRef& window, const std::shared_ptr<AppWatcher>& watcher,
@@ -45,11 +66,15 @@ class ClickLedger {
         WindowRef window;
         std::shared_ptr<AppWatcher> watcher;
     };
-    // Confirms a hit found in the close-button frames with the window server's on-screen
-    // list: the window on top at the point must be the hit window (same process, same
-    // bounds as its Accessibility frame) or another tracked window whose close button is
-    // under the point, which then gets the click. None when the click belongs to no tracked
-    // close button. Reads the window server once and window frames through Accessibility.
+    // Confirms a hit found in the close-button frames with the window server: the window on
+    // top at the point, at any layer below the screen saver, must be the hit window or
+    // another tracked window whose close button is under the point, which then gets the
+    // click. None when the click belongs to no tracked close button (a menu, the Dock, a
+    // banner, an untracked window such as Quelto's own lies over it). One window-server
+    // query: the windows in front of the hit window once its number is known (learned by an
+    // earlier confirmation), the on-screen list before. The window on top is told by its
+    // number; else by the application's window list through Accessibility (which teaches the
+    // number); and when the application does not answer, by the watcher's last known frames.
     std::optional<Hit> confirmHit(const WindowRef& window,
                                   const std::shared_ptr<AppWatcher>& watcher, Point at);
 
@@ -62,6 +87,8 @@ class ClickLedger {
     // Drops every record.
     void clear() { clicks_.clear(); }
 
+    // Whether a mouse-down on a close button waits for its mouse-up.
+    bool hasPendingPress() const { return press_.has_value(); }
     // The window's record as it stands; nullptr when there is none.
     const ClickRecord* recordOf(const WindowRef& window) const;
     std::size_t size() const { return clicks_.size(); }
@@ -73,12 +100,39 @@ class ClickLedger {
     }
 
   private:
+    // A mouse-down on a close button, waiting for its mouse-up: the window, its watcher, the
+    // cached close-button frame it went down on and how the hit was found.
+    struct PendingPress {
+        WindowRef window;
+        std::weak_ptr<AppWatcher> watcher;
+        Rect button;
+        bool cached = true;
+        // The window's destroyed notification came before the mouse-up was handled.
+        bool closedBeforeUp = false;
+    };
+
     void scheduleCheck(double delay, const WindowRef& window, Pid pid);
+    void openPress(const Hit& hit, bool cached);
+    // Which of the watcher's windows the window server shows as `shown`; none when none is.
+    std::optional<WindowRef> windowShownAs(const WindowServerWindow& shown,
+                                           const std::shared_ptr<AppWatcher>& watcher);
+    // Remembers the window's window-server number, for its next confirmation.
+    void learn(const WindowRef& window, const WindowServerWindow& shown);
+    // The live read of the frontmost application's uncached close buttons at the point.
+    std::optional<Hit> liveHit(Point at);
 
     const EngineContext& context_;
     const AppTracker& tracker_;
     std::weak_ptr<const void> owner_;
     std::unordered_map<WindowRef, ClickRecord> clicks_;
+    std::optional<PendingPress> press_;
+    // The window-server numbers of windows confirmed before, until the window is destroyed or
+    // its application forgotten.
+    struct Shown {
+        std::uint32_t number = 0;
+        Pid pid = 0;
+    };
+    std::unordered_map<WindowRef, Shown> numbers_;
 };
 
 }  // namespace quelto

@@ -1,7 +1,8 @@
 #pragma once
-// Every left mouse-down anywhere on screen, handed on with the pointer position (global
-// top-left coordinates) and the modifier keys held at that moment. It only observes: no event
-// is consumed, altered or delayed.
+// Every left mouse-down and mouse-up anywhere on screen, handed on with the event's own point
+// (global top-left coordinates) and the modifier keys held at that moment. The point is where
+// the event happened, not where the pointer is when the handler runs: a handler may run late
+// while the main thread was busy. It only observes: no event is consumed, altered or delayed.
 
 #include <functional>
 #include <memory>
@@ -20,8 +21,12 @@ class ClickMonitor : public std::enable_shared_from_this<ClickMonitor> {
 
     // The platform's token while a monitor is installed; empty before start() and after stop().
     std::optional<MonitorToken> monitor;
+    // The mouse-up monitor's token, installed and removed with the mouse-down one.
+    std::optional<MonitorToken> upMonitor;
     // Called once per left mouse-down while installed; empty by default.
     Callback onClick;
+    // Called once per left mouse-up while installed; empty by default.
+    Callback onMouseUp;
 
     // `mouse` outlives the monitor.
     explicit ClickMonitor(MouseMonitor& mouse) : mouse_(mouse) {}
@@ -33,7 +38,7 @@ class ClickMonitor : public std::enable_shared_from_this<ClickMonitor> {
     // Installs the global monitor. A second call installs another one and keeps only the new
     // token; the engine calls it exactly once.
     void start();
-    // Removes the installed monitor, if any; always leaves `monitor` empty.
+    // Removes the installed monitors, if any; always leaves `monitor` and `upMonitor` empty.
     void stop();
 
   private:

@@ -9,11 +9,14 @@ CloseGatherer::CloseGatherer(const EngineContext& context, std::weak_ptr<const v
     : context_(context), owner_(std::move(owner)), gathered_(std::move(gathered)) {}
 
 void CloseGatherer::add(const std::shared_ptr<AppWatcher>& watcher,
-                        const std::optional<ClickRecord>& click, bool hadCloseButton,
+                        const std::optional<ClickRecord>& consumed, bool hadCloseButton,
                         const std::optional<CloseButtonMiss>& miss) {
-    // Only the red-dot verdict needs the click unexpired; an expired click still passes on
-    // its dialog flag and its modifiers.
-    bool redDot = click && context_.clock.now() <= click->expiry;
+    // An expired click counts for nothing: neither its cause nor its dialog flag nor its
+    // modifiers reach this close (a shift from a click a minute ago must not escape an
+    // unrelated ⌘W).
+    std::optional<ClickRecord> click;
+    if (consumed && context_.clock.now() <= consumed->expiry) click = consumed;
+    bool redDot = click.has_value();
 
     Pid pid = watcher->pid;
     if (auto gathering = pending_.find(pid); gathering != pending_.end()) {
@@ -48,6 +51,13 @@ void CloseGatherer::add(const std::shared_ptr<AppWatcher>& watcher,
                                       pending_.erase(gathered);
                                       gathered_(report, watcher);
                                   });
+}
+
+void CloseGatherer::creditMouseUp(Pid pid, ModifierFlags modifiers) {
+    auto gathering = pending_.find(pid);
+    if (gathering == pending_.end()) return;
+    gathering->second.wasRedDot = true;
+    gathering->second.modifiers = modifiers;
 }
 
 const PendingReport* CloseGatherer::gathering(Pid pid) const {

@@ -31,10 +31,17 @@ class CloseGatherer {
     CloseGatherer& operator=(const CloseGatherer&) = delete;
 
     // A tracked window of `watcher`'s application was destroyed. `click` is the click record
-    // its close consumed, if any; `hadCloseButton` and `miss` what the watcher knew about its
-    // close button.
+    // its close consumed, if any (an expired one counts for nothing: neither its cause nor
+    // its dialog flag nor its modifiers reach the report); `hadCloseButton` and `miss` what the
+    // watcher knew about its close button.
     void add(const std::shared_ptr<AppWatcher>& watcher, const std::optional<ClickRecord>& click,
              bool hadCloseButton, const std::optional<CloseButtonMiss>& miss);
+
+    // A close of the process gathering now was made by a mouse-up over its window's close
+    // button, handled after the window's destroyed notification: the report becomes a
+    // red-dot close with the up's modifiers. Nothing when the process gathers nothing (the
+    // gathering delay is the time the up has to arrive).
+    void creditMouseUp(Pid pid, ModifierFlags modifiers);
 
     // The report being gathered for the process; nullptr when there is none.
     const PendingReport* gathering(Pid pid) const;

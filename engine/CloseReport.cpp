@@ -15,6 +15,7 @@ namespace quelto {
 void Engine::windowDestroyed(const WindowRef& ref, const std::shared_ptr<AppWatcher>& watcher,
                              bool hadCloseButton, std::optional<CloseButtonMiss> miss) {
     if (!watcher) return;
+    clicks_->windowClosing(ref);
     closes_->add(watcher, clicks_->take(ref), hadCloseButton, miss);
 }
 

@@ -68,7 +68,15 @@ void Engine::start() {
     clickMonitor_->onClick = [weak](Point at, ModifierFlags modifiers) {
         if (auto engine = weak.lock()) engine->handleClick(at, modifiers);
     };
+    clickMonitor_->onMouseUp = [weak](Point at, ModifierFlags modifiers) {
+        if (auto engine = weak.lock()) engine->handleMouseUp(at, modifiers);
+    };
     clickMonitor_->start();
+
+    if (context_.windowServer)
+        screens_ = context_.windowServer->observeScreenArrangement([weak] {
+            if (auto engine = weak.lock()) engine->screensChanged();
+        });
 
     Workspace& workspace = context_.workspace;
     launches_ = workspace.observeLaunches([weak](const RunningApplicationRef& app) {
@@ -201,6 +209,19 @@ void Engine::handleClick(Point at, ModifierFlags modifiers) {
     // Without Accessibility access nothing can be confirmed or followed.
     if (accessRevoked_) return;
     clicks_->handleClick(at, modifiers);
+}
+
+void Engine::screensChanged() {
+    apps_.firstOf([](const std::shared_ptr<AppWatcher>& watcher) {
+        watcher->refreshEveryCloseButton();
+        return false;
+    });
+}
+
+void Engine::handleMouseUp(Point at, ModifierFlags modifiers) {
+    // A close already gathering, made by this very up: it becomes a red-dot close.
+    if (auto closed = clicks_->handleMouseUp(at, modifiers))
+        closes_->creditMouseUp(closed->pid, closed->modifiers);
 }
 
 }  // namespace quelto

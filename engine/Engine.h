@@ -62,8 +62,12 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     Pid ownPID() const { return ownPID_; }
 
     // ---- Clicks ----
-    // The click monitor's callback.
+    // The click monitor's callbacks: a left mouse-down, and a left mouse-up.
     void handleClick(Point at, ModifierFlags modifiers);
+    void handleMouseUp(Point at, ModifierFlags modifiers);
+    // The displays' arrangement changed: every cached close button is read afresh, since
+    // every global coordinate may have moved without any window saying so.
+    void screensChanged();
 
     // ---- Close decision ----
     void windowDestroyed(const WindowRef& ref, const std::shared_ptr<AppWatcher>& watcher,
@@ -144,6 +148,8 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     // The settle periods under way, per process: a close that left no window, waiting to
     // count again (engine/WindowSwap.cpp).
     std::map<Pid, int> settling_;
+    // The displays' arrangement: every cached close button is read afresh when it changes.
+    Subscription screens_;
 };
 
 }  // namespace quelto

@@ -40,7 +40,7 @@ bool isKnownNotUserWindow(const AXElement& window) {
     Standardness kind = standardness(window);
     if (kind.kind == Standardness::Kind::other) return true;
     if (kind.kind != Standardness::Kind::standard) return false;
-    AXCopyResult button = axCopyChecked(window, "AXCloseButton");
+    Read<AXValue> button = axCopyChecked(window, "AXCloseButton");
     return !button.value &&
            (button.error == axerror::attributeUnsupported || button.error == axerror::noValue);
 }

@@ -13,6 +13,7 @@ enum class AXNotification {
     elementDestroyed,      // "AXUIElementDestroyed", on a window (or any element)
     windowMoved,           // "AXWindowMoved", on a window
     windowResized,         // "AXWindowResized", on a window
+    titleChanged,          // "AXTitleChanged", on a window
 };
 
 struct AXNotificationName {
@@ -26,6 +27,7 @@ inline constexpr AXNotificationName axNotificationNames[] = {
     {AXNotification::elementDestroyed, "AXUIElementDestroyed"},
     {AXNotification::windowMoved, "AXWindowMoved"},
     {AXNotification::windowResized, "AXWindowResized"},
+    {AXNotification::titleChanged, "AXTitleChanged"},
 };
 
 // The platform's name of the notification.

@@ -20,9 +20,11 @@
 // window of every application, but not free; read it when a decision needs it.
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
+#include "platform/Subscription.h"
 #include "platform/Types.h"
 
 namespace quelto {
@@ -33,6 +35,7 @@ struct WindowServerWindow {
     Rect bounds;               // kCGWindowBounds
     int layer = 0;             // kCGWindowLayer: 0 for ordinary application windows
     bool onScreen = false;     // kCGWindowIsOnscreen
+    double alpha = 1;          // kCGWindowAlpha: 0 for a window that draws nothing
 
     friend bool operator==(const WindowServerWindow&, const WindowServerWindow&) = default;
 };
@@ -48,6 +51,9 @@ enum class WindowListScope {
 // The layer of ordinary application windows (kCGNormalWindowLevel); menus, the menu bar, the
 // Dock and panels above everything else sit on higher layers.
 inline constexpr int normalWindowLayer = 0;
+// The screen saver's layer (kCGScreenSaverWindowLevel). What sits at or above it (the screen
+// saver, the cursor, assistive overlays) takes no clicks meant for windows.
+inline constexpr int screenSaverWindowLayer = 1000;
 
 class WindowServer {
   public:
@@ -55,6 +61,21 @@ class WindowServer {
 
     // The windows, front to back. Empty when the window server cannot be asked.
     virtual std::vector<WindowServerWindow> windowList(WindowListScope scope) = 0;
+
+    // ---- Clicks: only what a click needs ----
+    // The on-screen windows in front of window `number`, front to back, at every layer, and
+    // last the window itself when it is on screen (kCGWindowListOptionOnScreenAboveWindow |
+    // kCGWindowListOptionIncludingWindow). A window that is not on screen, or no longer
+    // exists, is not in the list; empty when the window server cannot be asked. One round
+    // trip, and only as long as what is in front of the window: far cheaper on a busy desktop
+    // than the whole list.
+    virtual std::vector<WindowServerWindow> windowsAbove(std::uint32_t number) = 0;
+    // Called on the main thread whenever the displays' arrangement changes (a display added,
+    // removed, moved, resized, or made primary:
+    // NSApplicationDidChangeScreenParametersNotification). Frames in global coordinates may all
+    // have moved without any window saying so.
+    [[nodiscard]] virtual Subscription observeScreenArrangement(std::function<void()> handler) = 0;
+    // ---- end of the clicks block ----
 };
 
 // The frontmost on-screen window of the ordinary layer whose bounds contain `point` (minimum
@@ -62,5 +83,13 @@ class WindowServer {
 // window is there. Windows of other layers are passed over.
 std::optional<WindowServerWindow> windowAt(const std::vector<WindowServerWindow>& frontToBack,
                                            Point point);
+
+// The window a click at `point` lands in: the first window of a front-to-back list that is on
+// screen, below the screen saver's layer, not fully transparent (alpha 0 draws nothing and
+// takes no click) and whose bounds contain the point — at any layer: a menu, the menu bar,
+// the Dock, a notification banner, a popover or a floating window takes the click as surely
+// as an ordinary window. None when no window is there.
+std::optional<WindowServerWindow> topmostWindowAt(
+    const std::vector<WindowServerWindow>& frontToBack, Point point);
 
 }  // namespace quelto

@@ -51,6 +51,20 @@ struct WindowSpec {
     // Its red dot orders it out (hides it, kept for later) instead of destroying it, as many
     // apps do with a main window, a settings or an About panel.
     bool hidesOnClose = false;
+    // Its window-server layer: 0 for an ordinary window, 3 (kCGFloatingWindowLevel) for one
+    // kept "always on top". A window of a higher layer is always in front of those below.
+    int layer = 0;
+};
+
+// A window the window server draws that is no application window Quelto tracks: the menu
+// bar, the Dock, an open menu, a notification banner, an app's popover, or any window at a
+// given layer. Clicks land in it like in any window.
+struct OverlaySpec {
+    std::string name;  // how it is referred to
+    Pid owner = 0;     // its process (the Dock's, the app whose menu it is, …)
+    Rect bounds;
+    int layer = 0;
+    double alpha = 1;  // 0: drawn fully transparent, and clicks go through it
 };
 
 struct AppSpec {
@@ -78,6 +92,10 @@ class UserScript {
   public:
     virtual std::optional<Date> nextActionTime() = 0;
     virtual void runNextAction() = 0;
+    // Whether the next action is the user's mouse or keyboard (or only marks a moment): such
+    // actions happen at their own moments even while Quelto's main thread is blocked, as
+    // the window server does not wait for Quelto. Other actions wait for the thread.
+    virtual bool nextActionIsInput() { return false; }
 
   protected:
     ~UserScript() = default;
@@ -282,6 +300,35 @@ class SimDesktop final : public Accessibility,
     std::optional<std::uint32_t> windowNumber(ElementId window) const;
     std::uint64_t windowListReadCount() const;  // window server reads (windowList calls)
 
+    // ---- Clicks: layers, system windows, late events, silent moves (SimLayers.cpp) ----
+    // Windows the window server draws above (or among) the applications' windows; in front
+    // of every window of a lower layer, and of the windows of their own layer. A second
+    // overlay with the same name replaces the first.
+    void showOverlay(const OverlaySpec& overlay);
+    void removeOverlay(const std::string& name);
+    // The window server's list, front to back, as a click sees it: overlays and windows by
+    // layer, sheets in front of their windows (every Space; `onScreen` says which are drawn).
+    // No read is counted.
+    std::vector<WindowServerWindow> drawnWindows() const;
+    // The window-server window a click at the point lands in (any layer below the screen
+    // saver, not fully transparent): a tracked window, a sheet, or an overlay. None when the
+    // point is on the desktop.
+    std::optional<WindowServerWindow> topmostAt(Point point) const;
+    // The toolbar shown or hidden: in a unified title bar the close button moves down or up
+    // with it, and the window's frame stays: no Accessibility notification.
+    void setToolbar(ElementId window, bool shown);
+    // The displays' arrangement changes (another display made primary, one moved): every
+    // global coordinate moves by the offset, without a window moving on screen; no window
+    // sends a notification, and the screen-arrangement observers are told.
+    void shiftDisplays(Point offset);
+    // The user moves the pointer without clicking.
+    void movePointer(Point point);
+    Point pointer() const;
+    // Whether Quelto's main thread is blocked in a call right now (the user's actions then
+    // happen on the desktop, and reach Quelto's monitors once it is free).
+    bool isMainThreadBlocked() const;
+    std::uint64_t windowsAboveReadCount() const;  // windowsAbove calls
+
     // ---- The user's mouse ----
     // A quick left click at `point` with `modifiers`: `press` and then `release` there.
     void click(Point point, ModifierFlags modifiers = 0);
@@ -289,11 +336,16 @@ class SimDesktop final : public Accessibility,
     // program's own window). A press in a window raises it and activates its application;
     // a press on a close button does neither, and highlights the button.
     void press(Point point, ModifierFlags modifiers = 0);
-    // The left button goes up (monitors never see it). A close button acts only when the
-    // button goes up on the same close button it went down on: it closes its window (or
-    // shows its save sheet); option-click closes every window of the application that can
-    // close (enabled close button, no sheet), and nothing while an app-modal dialog is up.
-    void release(Point point);
+    // The left button goes up; the mouse-up monitors see it unless its press went to this
+    // program's own window. A close button acts only when the button goes up on the same
+    // close button it went down on: it closes its window (or shows its save sheet);
+    // option-click closes every window of the application that can close (enabled close
+    // button, no sheet), and nothing while an app-modal dialog is up.
+    //
+    // Events reach the monitors with their own point and modifiers. The desktop acts on them
+    // at once (the window server routes them, apps react); while Quelto's main thread is
+    // blocked, they wait for it and are handed over, in order, once it is free.
+    void release(Point point, std::optional<ModifierFlags> modifiers = std::nullopt);
     // Whether the left button is held down now.
     bool isPressed() const;
     // Other mouse and key events: never reach a left-mouse-down monitor.
@@ -406,7 +458,9 @@ class SimDesktop final : public Accessibility,
     LocalTime localTime(Date date) override;
 
     MonitorToken addGlobalLeftMouseDownMonitor(Handler handler) override;
+    MonitorToken addGlobalLeftMouseUpMonitor(Handler handler) override;
     void removeMonitor(MonitorToken token) override;
+    std::optional<Point> pointerLocation() override;
 
     std::optional<std::string> bundleInfoString(const std::string& key) override;
     OSVersion operatingSystemVersion() override;
@@ -425,6 +479,8 @@ class SimDesktop final : public Accessibility,
     void send(const HttpRequest& request, std::function<void(HttpResult)> completion) override;
 
     std::vector<WindowServerWindow> windowList(WindowListScope scope) override;
+    std::vector<WindowServerWindow> windowsAbove(std::uint32_t number) override;
+    Subscription observeScreenArrangement(std::function<void()> handler) override;
 
     Subscription observeActiveSpaceChanges(std::function<void()> handler) override;
     Subscription observeActivations(ApplicationHandler handler) override;

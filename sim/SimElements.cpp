@@ -463,7 +463,10 @@ void SimDesktop::setCloseButton(ElementId window, const CloseButtonSpec& desc) {
 
 void SimDesktop::setTitle(ElementId window, const std::string& title) {
     Element* w = state_->find(window);
-    if (w && w->kind == ElementKind::window) w->desc.title = title;
+    if (!w || w->kind != ElementKind::window || w->desc.title == title) return;
+    w->desc.title = title;
+    // The window says so, as AppKit windows do (kAXTitleChangedNotification).
+    state_->post(window, std::string(nameOf(AXNotification::titleChanged)), window);
 }
 
 void SimDesktop::setSubrole(ElementId window, std::optional<std::string> subrole) {
@@ -584,6 +587,7 @@ void SimDesktop::resetCounters() {
     state_->readsByAttribute.clear();
     state_->readsByElement.clear();
     state_->windowListReads = 0;
+    state_->windowsAboveReads = 0;
 }
 
 }  // namespace quelto::sim

@@ -95,13 +95,28 @@ void SimDesktop::State::block(Micros length) {
     main.stallLength += length;
     main.blockedTotal += length;
     // The other processes go on meanwhile; the main thread's own work waits.
+    const Micros start = now;
     const Micros end = now + length;
     ++main.blocked;
     for (;;) {
         auto it = queue.begin();
         while (it != queue.end() && it->first.first <= end && it->second.kind != WorkKind::world)
             ++it;
-        if (it == queue.end() || it->first.first > end) break;
+        const bool haveWork = it != queue.end() && it->first.first <= end;
+        // The user does not wait for Quelto: mouse and keyboard actions due meanwhile happen at
+        // their moments (after the moment the thread blocked: actions of that very moment
+        // follow what Quelto is doing), and their events wait for the thread.
+        if (main.script && main.script->nextActionIsInput()) {
+            if (std::optional<Date> next = main.script->nextActionTime()) {
+                Micros at = toMicros(next->seconds);
+                if (at > start && at <= end && (!haveWork || at < it->first.first)) {
+                    if (at > now) now = at;
+                    main.script->runNextAction();
+                    continue;
+                }
+            }
+        }
+        if (!haveWork) break;
         if (it->first.first > now) now = it->first.first;
         WorkItem item = std::move(it->second);
         queue.erase(it);

@@ -17,6 +17,7 @@
 
 #include <algorithm>
 
+#include "platform/AXNotifications.h"
 #include "sim/SimState.h"
 
 namespace quelto::sim {
@@ -57,7 +58,8 @@ void SimDesktop::State::changeSpace(int space) {
     }
     if (next && focusAfter && focusAfter != focusBefore) {
         if (const AppRecord* app = runningApp(*next))
-            post(app->appElement, "AXFocusedWindowChanged", *focusAfter);
+            post(app->appElement, std::string(nameOf(AXNotification::focusedWindowChanged)),
+                 *focusAfter);
     }
     postActiveSpaceChanged();
 }
@@ -77,7 +79,7 @@ void SimDesktop::State::orderOut(ElementId id) {
     if (!wasFocused) return;
     auto next = focusedWindowOf(pid);
     if (const AppRecord* app = runningApp(pid); app && next)
-        post(app->appElement, "AXFocusedWindowChanged", *next);
+        post(app->appElement, std::string(nameOf(AXNotification::focusedWindowChanged)), *next);
 }
 
 // ---- SimDesktop ----
@@ -95,7 +97,7 @@ void SimDesktop::orderInWindow(ElementId window) {
     // Shown again: Accessibility announces it as a new window of the app, and it comes to
     // the front (its app is told of the new focused window).
     if (const AppRecord* app = s.runningApp(w->pid))
-        s.post(app->appElement, "AXWindowCreated", window);
+        s.post(app->appElement, std::string(nameOf(AXNotification::windowCreated)), window);
     s.raise(window);
 }
 

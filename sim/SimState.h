@@ -298,16 +298,39 @@ struct SimDesktop::State {
     MonitorToken nextMonitor = 1;
     std::map<MonitorToken, std::shared_ptr<MouseMonitor::Handler>> monitors;
     std::uint64_t eventsNotMonitored = 0;
-    // The window on screen under the point (its close button counts as part of it).
+    // The window on screen under the point (its close button counts as part of it; a sheet
+    // counts as its window), when no overlay or other window is in front of it there.
     std::optional<ElementId> windowAt(Point point) const;
+
+    // ---- Clicks: layers, system windows, late events (SimLayers.cpp) ----
+    std::map<MonitorToken, std::shared_ptr<MouseMonitor::Handler>> upMonitors;
+    std::vector<std::pair<OverlaySpec, std::uint32_t>> overlays;  // newest first, with numbers
+    Point pointer;
+    // Events routed during a user action, handed to the monitors when the action is done.
+    int userActions = 0;
+    std::vector<std::function<void()>> heldEvents;
+    std::vector<std::shared_ptr<std::function<void()>>> screenObservers;
+    std::uint64_t windowsAboveReads = 0;
+    // The window-server windows front to back: overlays and windows by layer, each sheet
+    // just in front of its window; with the element behind each (0 for an overlay).
+    std::vector<std::pair<WindowServerWindow, ElementId>> drawn() const;
+    // Hands an event to the monitors now, or once the main thread is free.
+    void deliver(std::function<void()> event);
+    void flushHeldEvents();
+    // Takes the scripted user's input actions due before `limit` (while the thread is blocked).
+    void takeInputActions(Micros limit);
     // The mouse button held down: where, on which window, and whether on its close button.
     struct Press {
         Point at;
         ModifierFlags modifiers = 0;
         std::optional<ElementId> window;
         bool onCloseButton = false;
+        bool own = false;  // it landed in this program's own window
     };
     std::optional<Press> press;
+    // How the window under the pointer reacts to a press, and to the release of one.
+    void pressReacts(std::optional<ElementId> hit, bool onButton);
+    void releaseReacts(Point point, const Press& pressed);
 
     // ---- Space events and lookups, ordered-out windows (SimSpaces.cpp) ----
     std::vector<std::shared_ptr<WorkspaceHandler>> activationHandlers;

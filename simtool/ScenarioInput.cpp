@@ -124,12 +124,17 @@ void Parser::releaseCommand(Args& args) {
         at = args.point("the point where the button goes up");
         if (!at) return;
     }
+    std::optional<ModifierFlags> flags;
+    if (!args.done()) {
+        flags = modifiers(args);
+        if (!flags) return;
+    }
     if (!args.end()) return;
     int line = args.line();
-    addStep(line, "release", [at, line](ScenarioRunner& r) {
+    addStep(line, "release", [at, flags, line](ScenarioRunner& r) {
         if (!r.desktop().isPressed())
             return r.error(line, "the mouse button is not down: press comes first");
-        r.desktop().release(at.value_or(r.pressPoint()));
+        r.desktop().release(at.value_or(r.pressPoint()), flags);
     });
 }
 

@@ -10,6 +10,7 @@
 //                             retitle, close-button, subrole
 //   ScenarioSpaces.cpp        hide, unhide, minimize, restore, space, full-screen
 //   ScenarioInput.cpp         click, press, release, right-click, key
+//   ScenarioClickCommands.cpp pointer, overlay, toolbar, displays
 //   ScenarioInjection.cpp     inject, clear-errors
 //   ScenarioInterface.cpp     menu, settings, show, install, login-item, update-reply,
 //                             alert-answer
@@ -132,7 +133,8 @@ const std::vector<Parser::Command>& Parser::commands() {
         {{"window", "window APP \"TITLE\" [OPTIONS]",
           "A window opens. Options: at X,Y, size WxH, role ROLE, subrole SUBROLE|none, "
           "close-button enabled|disabled|unreadable|missing [ERROR]|frame X,Y WxH, "
-          "asks-to-save, close-delay DURATION, space N, unannounced."},
+          "asks-to-save, close-delay DURATION, space N, unannounced, floating (always on top: "
+          "layer 3), layer N."},
          &Parser::windowCommand},
         {{"dialog", "dialog APP \"TITLE\" [SUBROLE] [app-modal]",
           "A dialog window opens (subrole AXDialog unless given); app-modal: an alert that "
@@ -151,7 +153,8 @@ const std::vector<Parser::Command>& Parser::commands() {
          &Parser::resizeCommand},
         {{"focus", "focus APP \"TITLE\"", "The window becomes the app's focused window."},
          &Parser::focusCommand},
-        {{"retitle", "retitle APP \"TITLE\" to \"NEW TITLE\"", "The window's title changes."},
+        {{"retitle", "retitle APP \"TITLE\" to \"NEW TITLE\"",
+          "The window's title changes (\"AXTitleChanged\" to its observers)."},
          &Parser::retitleCommand},
         {{"close-button",
           "close-button APP \"TITLE\" enabled|disabled|unreadable|missing [ERROR]|frame X,Y WxH",
@@ -208,10 +211,31 @@ const std::vector<Parser::Command>& Parser::commands() {
           "The left button goes down and stays down (Quelto sees this mouse-down); release "
           "lets it go."},
          &Parser::pressCommand},
-        {{"release", "release [at X,Y]",
+        {{"release", "release [at X,Y] [MODIFIERS]",
           "The held button goes up, where it went down or at X,Y (a red dot acts only when the "
-          "button goes up on it)."},
+          "button goes up on it); Quelto sees the mouse-up. Modifiers: the keys held at the up "
+          "(those of the press unless given)."},
          &Parser::releaseCommand},
+        {{"pointer", "pointer X,Y",
+          "The user moves the pointer there without clicking (Quelto sees nothing)."},
+         &Parser::pointerCommand},
+        {{"overlay",
+          "overlay \"NAME\" menu-bar|dock|banner|menu|popover|window [owner APP] [at X,Y] "
+          "[size WxH] [layer N] [alpha A] | overlay \"NAME\" off",
+          "A window the window server draws in front of the apps' windows of lower layers: the "
+          "menu bar (layer 24), the Dock (20), a notification banner (23), an app's open menu "
+          "or popover (101, owner APP), or any window at a layer; alpha 0: fully transparent, "
+          "clicks go through it. off: it goes."},
+         &Parser::overlayCommand},
+        {{"toolbar", "toolbar APP \"TITLE\" shown|hidden",
+          "The window's toolbar is shown or hidden: its close button moves down or up with the "
+          "unified title bar, and no window notification says so."},
+         &Parser::toolbarCommand},
+        {{"displays", "displays shift DX,DY",
+          "The displays' arrangement changes (another display made primary, one moved): every "
+          "global coordinate moves by DX,DY without any window moving on screen or saying so; "
+          "Quelto is told the screen parameters changed."},
+         &Parser::displaysCommand},
         {{"right-click", "right-click X,Y", "A right click (Quelto never sees it)."},
          &Parser::rightClickCommand},
         {{"key", "key KEY [MODIFIERS]", "A key press (Quelto never sees it)."},

@@ -188,6 +188,11 @@ class Parser {
     std::optional<MouseTarget> mouseTarget(Args& args);
     void rightClickCommand(Args& args);
     void keyCommand(Args& args);
+    // ScenarioClickCommands.cpp: pointer, overlay, toolbar, displays
+    void pointerCommand(Args& args);
+    void overlayCommand(Args& args);
+    void toolbarCommand(Args& args);
+    void displaysCommand(Args& args);
     // ScenarioInjection.cpp
     void injectCommand(Args& args);
     void clearErrorsCommand(Args& args);

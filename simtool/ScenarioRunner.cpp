@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include "app/AppController.h"
@@ -97,8 +98,18 @@ std::optional<Date> ScenarioRunner::nextActionTime() {
     if (stopped_ || nextStep_ >= scenario_.steps.size()) return std::nullopt;
     // While a step's consequences settle, the next step waits, unless they include a nested
     // loop (an alert on screen): the user goes on acting inside it.
-    if (settling_ && desktop_->nestedLoopDepth() == 0) return std::nullopt;
+    // The user's mouse and keyboard do not wait for that while Quelto's thread is blocked.
+    if (settling_ && desktop_->nestedLoopDepth() == 0 &&
+        !(desktop_->isMainThreadBlocked() && nextActionIsInput()))
+        return std::nullopt;
     return scenario_.start + static_cast<double>(scenario_.steps[nextStep_].atMicros) / 1e6;
+}
+
+bool ScenarioRunner::nextActionIsInput() {
+    if (stopped_ || nextStep_ >= scenario_.steps.size()) return false;
+    static const std::set<std::string> input = {"click", "press",   "release", "right-click",
+                                                "key",   "pointer", "wait",    "at"};
+    return input.count(scenario_.steps[nextStep_].command) > 0;
 }
 
 void ScenarioRunner::runNextAction() {
@@ -106,6 +117,8 @@ void ScenarioRunner::runNextAction() {
     // Time steps only mark a moment: the main thread's loop has brought the clock there.
     if (step.command == "wait" || step.command == "at") return;
     step.perform(*this);
+    // An action taken while Quelto's thread is blocked: what it set off waits for the thread.
+    if (desktop_->isMainThreadBlocked()) return;
     if (stopped_ || desktop_->nestedLoopDepth() > 0 || desktop_->isRunningMainQueueBlock()) return;
     // What the step set off now happens before anything else the scenario does.
     settling_ = true;
@@ -282,9 +295,27 @@ void ScenarioRunner::startQuelto(int line) {
         [this, own] {
             if (desktop_->isRunning(own)) desktop_->setFrontmost(own);
         },
-        [this, own](ActivationPolicy policy) { desktop_->setActivationPolicy(own, policy); });
+        [this, own](ActivationPolicy policy) {
+            desktop_->setActivationPolicy(own, policy);
+            showSettingsWindowOnDesktop(policy == ActivationPolicy::regular);
+        });
     controller_ = AppController::create(*host_, desktop_->shellContext(), desktop_->context());
     controller_->applicationDidFinishLaunching();
+}
+
+void ScenarioRunner::showSettingsWindowOnDesktop(bool shown) {
+    // Quelto is regular exactly while its settings window is open: the window is then on the
+    // desktop like any other, in front, and takes the clicks made in it.
+    const Pid own = scenario_.ownPid;
+    if (shown && !settingsWindow_ && desktop_->isRunning(own)) {
+        sim::WindowSpec spec;
+        spec.title = "Quelto";
+        spec.frame = Rect{{356, 160}, {800, 560}};
+        settingsWindow_ = desktop_->addWindow(own, spec);
+    } else if (!shown && settingsWindow_) {
+        if (desktop_->isElementAlive(*settingsWindow_)) desktop_->destroyWindow(*settingsWindow_);
+        settingsWindow_.reset();
+    }
 }
 
 // ---- Files ----

@@ -136,9 +136,13 @@ class ScenarioRunner final : private sim::UserScript {
     std::size_t stallsSeen = 0;
 
   private:
+    // Quelto's settings window as a window of its process on the desktop, while it is open.
+    void showSettingsWindowOnDesktop(bool shown);
+    std::optional<sim::ElementId> settingsWindow_;
     // The scenario's steps as the user's actions, taken by the desktop's main thread.
     std::optional<Date> nextActionTime() override;
     void runNextAction() override;
+    bool nextActionIsInput() override;
 
     void prepareFiles();
     void finish(RunResult& result);

@@ -93,11 +93,17 @@ void Parser::windowCommand(Args& args) {
             notify = false;
         } else if (*w == "hides-on-close") {
             desc.hidesOnClose = true;
+        } else if (*w == "floating") {
+            desc.layer = 3;  // kCGFloatingWindowLevel: "always on top"
+        } else if (*w == "layer") {
+            auto n = args.integer("a window-server layer, as in 3");
+            if (!n) return;
+            desc.layer = static_cast<int>(*n);
         } else {
-            std::vector<std::string> options = {"at",          "size",         "role",
-                                                "subrole",     "close-button", "asks-to-save",
-                                                "close-delay", "space",        "unannounced",
-                                                "hides-on-close"};
+            std::vector<std::string> options = {
+                "at",           "size",           "role",        "subrole",
+                "close-button", "asks-to-save",   "close-delay", "space",
+                "unannounced",  "hides-on-close", "floating",    "layer"};
             std::string message = "unknown window option " + inQuotes(*w);
             if (auto near = closestWord(*w, options))
                 message += " (did you mean \"" + *near + "\"?)";

@@ -40,15 +40,10 @@ bool readBounds(CFDictionaryRef info, Rect& out) {
     return true;
 }
 
-}  // namespace
-
-std::vector<WindowServerWindow> MacWindowServer::windowList(WindowListScope scope) {
-    CGWindowListOption options =
-        scope == WindowListScope::onScreenCurrentSpace
-            ? (kCGWindowListOptionOnScreenOnly | kCGWindowListExcludeDesktopElements)
-            : kCGWindowListOptionAll;
+// The windows of one CGWindowListCopyWindowInfo call, front to back.
+std::vector<WindowServerWindow> copyWindows(CGWindowListOption options, CGWindowID relativeTo) {
     std::vector<WindowServerWindow> out;
-    CFHolder<CFArrayRef> list(CGWindowListCopyWindowInfo(options, kCGNullWindowID));
+    CFHolder<CFArrayRef> list(CGWindowListCopyWindowInfo(options, relativeTo));
     if (!list) return out;
     CFIndex count = CFArrayGetCount(list.get());
     out.reserve(static_cast<std::size_t>(count));
@@ -60,17 +55,40 @@ std::vector<WindowServerWindow> MacWindowServer::windowList(WindowListScope scop
         std::int32_t pid = 0;
         std::int64_t number = 0;
         int layer = 0;
+        double alpha = 1;
         if (!readNumber(info, kCGWindowOwnerPID, kCFNumberSInt32Type, pid)) continue;
         if (!readNumber(info, kCGWindowNumber, kCFNumberSInt64Type, number)) continue;
         readNumber(info, kCGWindowLayer, kCFNumberIntType, layer);
+        // Without an alpha the window is taken as drawn: only a known 0 is transparent.
+        readNumber(info, kCGWindowAlpha, kCFNumberDoubleType, alpha);
         readBounds(info, w.bounds);
         w.ownerPid = pid;
         w.number = static_cast<std::uint32_t>(number);
         w.layer = layer;
+        w.alpha = alpha;
         w.onScreen = readBool(info, kCGWindowIsOnscreen);
         out.push_back(w);
     }
     return out;
+}
+
+}  // namespace
+
+std::vector<WindowServerWindow> MacWindowServer::windowList(WindowListScope scope) {
+    CGWindowListOption options =
+        scope == WindowListScope::onScreenCurrentSpace
+            ? (kCGWindowListOptionOnScreenOnly | kCGWindowListExcludeDesktopElements)
+            : kCGWindowListOptionAll;
+    return copyWindows(options, kCGNullWindowID);
+}
+
+std::vector<WindowServerWindow> MacWindowServer::windowsAbove(std::uint32_t number) {
+    if (number == 0) return {};
+    // Only what is in front of the window, and the window itself: on a busy desktop a
+    // fraction of the whole list.
+    return copyWindows(kCGWindowListOptionOnScreenAboveWindow | kCGWindowListOptionIncludingWindow |
+                           kCGWindowListExcludeDesktopElements,
+                       static_cast<CGWindowID>(number));
 }
 
 }  // namespace quelto::mac

@@ -82,9 +82,11 @@ TEST_F(WatcherTest, ObserverOnTheRunLoopWithRegistrationsInOrder) {
                                              {b, axElementDestroyed},
                                              {b, axWindowMoved},
                                              {b, axWindowResized},
+                                             {b, axTitleChanged},
                                              {a, axElementDestroyed},
                                              {a, axWindowMoved},
-                                             {a, axWindowResized}}));
+                                             {a, axWindowResized},
+                                             {a, axTitleChanged}}));
     for (void* refcon : desktop.registrationRefcons(pid)) EXPECT_EQ(refcon, watcher.get());
     EXPECT_EQ(watcher->trackedWindowCount(), 2u);
 }
@@ -301,7 +303,7 @@ TEST_F(WatcherTest, UnknownNotificationsAndNullRefconsAreIgnored) {
     auto watcher = makeWatcher();
     desktop.resetCounters();
     UnusedObserver none;
-    AppWatcher::observerCallback(none, desktop.element(w), "AXTitleChanged", watcher.get());
+    AppWatcher::observerCallback(none, desktop.element(w), "AXValueChanged", watcher.get());
     AppWatcher::observerCallback(none, desktop.element(w), axElementDestroyed, nullptr);
     AppWatcher::observerCallback(none, desktop.element(w), "axuielementdestroyed", watcher.get());
     EXPECT_TRUE(watcher->isWatched(ref(w)));

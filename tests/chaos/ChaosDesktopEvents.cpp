@@ -123,9 +123,9 @@ void ChaosRun::pressAndRelease() {
     note("press the close button of window " + std::to_string(*window) + " at " + where(at) +
          ", hold " + std::to_string(held) + " s, release at " + where(up));
     ++tally_.closeClicks;
-    pressChecked(at, flags);
+    desktop_->press(at, flags);
     desktop_->advance(held);
-    desktop_->release(up);
+    releaseChecked(at, up, flags);
 }
 
 void ChaosRun::stackOverCloseButton() {

@@ -235,16 +235,16 @@ void ChaosRun::clickCloseButton() {
     note("click the close button of window " + std::to_string(*window) + " at " + point(at) +
          " with modifiers " + hex(flags));
     ++tally_.closeClicks;
-    pressChecked(at, flags);
-    desktop_->release(at);
+    desktop_->press(at, flags);
+    releaseChecked(at, at, flags);
 }
 
 void ChaosRun::clickElsewhere() {
     Point at{random_.between(-100.0, 2500.0), random_.between(-100.0, 1500.0)};
     ModifierFlags flags = random_.chance(0.3) ? modifier::shift : 0;
     note("click at " + point(at) + " with modifiers " + hex(flags));
-    pressChecked(at, flags);
-    desktop_->release(at);
+    desktop_->press(at, flags);
+    releaseChecked(at, at, flags);
 }
 
 void ChaosRun::injectError() {

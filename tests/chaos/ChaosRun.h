@@ -111,7 +111,8 @@ class ChaosRun {
     void note(const std::string& event);
     // ChaosWindowInvariants.cpp: a press whose credited window is checked against the one on
     // top, and the check of a last-window decision to quit, at the moment it is journalled.
-    void pressChecked(Point at, ModifierFlags flags);
+    // Releases the button pressed at `down`, at `up`, checking the records the mouse-up makes.
+    void releaseChecked(Point down, Point up, ModifierFlags flags);
     void checkQuitDecision();
     bool hasOddAttribute(sim::ElementId window) const;
     // The promise that a close of a watched window is never unseen: a window watched with its

@@ -1,7 +1,9 @@
 // The chaos run's promises about windows: a click is credited only to the window on top at
-// the click point, and in last-window mode no application is asked to quit while it still
-// shows a window, on this Space or another.
+// any layer where the button went up, never to a press released elsewhere, and in last-window mode
+// no application is asked to quit while it still shows a window, on this Space or another.
 
+#include <cstdio>
+#include <string>
 #include <unordered_map>
 
 #include "engine/OtherSpacesWindows.h"
@@ -9,30 +11,56 @@
 #include "settings/Config.h"
 #include "settings/ConfigStore.h"
 #include "tests/chaos/ChaosRun.h"
+#include "tests/support/AXNames.h"
 
 namespace quelto::chaos {
 
-void ChaosRun::pressChecked(Point at, ModifierFlags flags) {
-    std::optional<sim::ElementId> top = desktop_->windowAt(at);
+namespace {
+
+std::string where(Point p) {
+    char buffer[64];
+    std::snprintf(buffer, sizeof buffer, "(%.1f, %.1f)", p.x, p.y);
+    return buffer;
+}
+
+}  // namespace
+
+void ChaosRun::releaseChecked(Point down, Point up, ModifierFlags flags) {
+    // What is on top where the button goes up, at every layer, just before it goes up; and
+    // whether it goes up on the close button it went down on.
+    std::optional<sim::ElementId> top = desktop_->windowAt(up);
+    std::optional<sim::ElementId> pressed = desktop_->windowAt(down);
+    bool sameButton = false;
+    if (pressed)
+        if (auto frame = desktop_->closeButtonFrame(*pressed))
+            sameButton = frame->outset(2).contains(down) && frame->outset(2).contains(up);
+    bool dragged = !(down == up);
     std::unordered_map<WindowRef, Date> before;
     engine_->clicks().forEachRecord([&](const WindowRef& window, const ClickRecord& click) {
         before.emplace(window, click.at);
     });
 
-    desktop_->press(at, flags);
+    desktop_->release(up);
 
     engine_->clicks().forEachRecord([&](const WindowRef& window, const ClickRecord& click) {
         auto earlier = before.find(window);
         if (earlier != before.end() && earlier->second == click.at) return;
-        // A record made by this press.
+        if (!brokenPromise_.empty()) return;
+        // A record made by this mouse-up.
+        std::string credited = "?";
+        for (sim::ElementId id : desktop_->stackingOrder())
+            if (window == WindowRef{desktop_->element(id)}) credited = std::to_string(id);
+        if (dragged && !sameButton) {
+            brokenPromise_ = "credited a press at " + where(down) + " released elsewhere, at " +
+                             where(up) + ", to window " + credited;
+            return;
+        }
         bool onTop = top && window == WindowRef{desktop_->element(*top)};
-        if (!onTop && brokenPromise_.empty()) {
-            std::string credited = "?";
-            for (sim::ElementId id : desktop_->stackingOrder())
-                if (window == WindowRef{desktop_->element(id)}) credited = std::to_string(id);
-            brokenPromise_ = "credited a click at " + std::to_string(at.x) + "," +
-                             std::to_string(at.y) + " to window " + credited +
-                             ", not to the one on top there (" +
+        // An option-click's other windows close by the same click.
+        bool gesture = (flags & modifier::option) && top && click.pid == desktop_->ownerOf(*top);
+        if (!onTop && !gesture) {
+            brokenPromise_ = "credited a click going up at " + where(up) + " to window " +
+                             credited + ", not to the one on top there at any layer (" +
                              (top ? std::to_string(*top) : std::string("none")) + ")";
         }
     });
@@ -51,7 +79,7 @@ std::string ChaosRun::checkClosesSeen() {
             WindowRef ref{desktop_->element(id)};
             live.emplace(ref, id);
             if (watcher && watcher->isWatched(ref) &&
-                desktop_->registrationCount(id, "AXUIElementDestroyed") > 0)
+                desktop_->registrationCount(id, axElementDestroyed) > 0)
                 watchedWindows_.try_emplace(ref, WatchedWindow{pid, id, std::nullopt});
         }
     }

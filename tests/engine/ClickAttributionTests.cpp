@@ -65,13 +65,39 @@ TEST_F(ClickAttributionTest, ACachedCloseButtonOfABackgroundApplicationIsMatched
         (ClickRecord{
             .at = t, .pid = textEdit, .modifiers = 0, .expiry = t + 2.0, .sustained = false}));
     // The hit came from memory: no close button was read. Confirming it took one read of the
-    // window server's list, the application's window list and the window's own frame; then
-    // the title for the log line.
+    // window server's list, the application's window list and the window's own frame; the
+    // log line names the window by the title the watcher follows.
     EXPECT_EQ(desktop.readCount("AXCloseButton"), 0u);
     EXPECT_EQ(desktop.readCount(notes, "AXPosition"), 1u);
     EXPECT_EQ(desktop.readCount(notes, "AXSize"), 1u);
     EXPECT_EQ(desktop.readCount("AXPosition"), 1u);
+    EXPECT_EQ(desktop.readCount("AXTitle"), 0u);
     EXPECT_EQ(desktop.windowListReadCount(), 1u);
+    EXPECT_EQ(desktop.windowsAboveReadCount(), 0u);
+
+    // The next click on it asks only for what is in front of the window, its number now known,
+    // and reads nothing through Accessibility.
+    desktop.advance(3);
+    desktop.resetCounters();
+    clickClose(notes);
+    EXPECT_EQ(takeLog(), (Lines{"00:00:13.000  red dot clicked — TextEdit \"Notes\"  (cached)"}));
+    EXPECT_EQ(desktop.accessibilityReadCount(), 0u);
+    EXPECT_EQ(desktop.windowListReadCount(), 0u);
+    EXPECT_EQ(desktop.windowsAboveReadCount(), 1u);
+}
+
+TEST_F(ClickAttributionTest, ARetitledWindowIsLoggedByItsNewTitleWithoutARead) {
+    auto notes = addWindow(textEdit, "Notes");
+    startEngine();
+    desktop.advance(10);
+    takeLog();
+    desktop.setTitle(notes, "Notes — Edited");
+    desktop.runDue();
+    desktop.resetCounters();
+    clickClose(notes);
+    EXPECT_EQ(takeLog(),
+              (Lines{"00:00:10.000  red dot clicked — TextEdit \"Notes — Edited\"  (cached)"}));
+    EXPECT_EQ(desktop.readCount("AXTitle"), 0u);
 }
 
 TEST_F(ClickAttributionTest, AnUncachedCloseButtonOfABackgroundApplicationIsNotMatched) {
@@ -350,7 +376,7 @@ TEST_F(ClickAttributionTest, ADialogDismissedWithoutClosingLeavesAFiveSecondGrac
     EXPECT_EQ(journal()[0].cause, "red dot — after a dialog");
 }
 
-TEST_F(ClickAttributionTest, AfterTheGraceAClosedWindowIsNotTheRedDotButKeepsItsDialogFlag) {
+TEST_F(ClickAttributionTest, AfterTheGraceAClosedWindowGetsNothingFromTheExpiredClick) {
     auto letter = savingWindow(textEdit, "Letter");
     slowWindow(textEdit, "Draft");
     startEngine();
@@ -362,10 +388,10 @@ TEST_F(ClickAttributionTest, AfterTheGraceAClosedWindowIsNotTheRedDotButKeepsIts
     desktop.closeWindowWithoutClick(letter);
     desktop.runDue();
     ASSERT_TRUE(engine->closes().isGathering(textEdit));
-    // The expired click still passes on its dialog flag and its modifiers.
+    // An expired click counts for nothing: not the red dot, no dialog flag, no modifiers.
     EXPECT_FALSE(gatheringOf(textEdit).wasRedDot);
-    EXPECT_TRUE(gatheringOf(textEdit).afterDialog);
-    EXPECT_EQ(gatheringOf(textEdit).modifiers, modifier::shift);
+    EXPECT_FALSE(gatheringOf(textEdit).afterDialog);
+    EXPECT_EQ(gatheringOf(textEdit).modifiers, 0u);
 }
 
 TEST_F(ClickAttributionTest, AWindowThatIsGoneKeepsItsRecordForItsDestruction) {

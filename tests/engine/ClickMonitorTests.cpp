@@ -5,6 +5,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "engine/ClickMonitor.h"
@@ -22,18 +23,36 @@ class RecordingMouse final : public MouseMonitor {
         handlers[token] = std::move(handler);
         return token;
     }
+    MonitorToken addGlobalLeftMouseUpMonitor(Handler handler) override {
+        ++upInstalls;
+        MonitorToken token = next++;
+        upHandlers[token] = std::move(handler);
+        return token;
+    }
     void removeMonitor(MonitorToken token) override {
         removed.push_back(token);
         handlers.erase(token);
+        upHandlers.erase(token);
     }
+    std::optional<Point> pointerLocation() override { return pointer; }
+    // A mouse-down at `at`, handled at once: the pointer is still there.
     void deliver(Point at, ModifierFlags modifiers) {
+        pointer = at;
         auto copy = handlers;
+        for (auto& [token, handler] : copy) handler(at, modifiers);
+    }
+    void deliverUp(Point at, ModifierFlags modifiers) {
+        pointer = at;
+        auto copy = upHandlers;
         for (auto& [token, handler] : copy) handler(at, modifiers);
     }
 
     int installs = 0;
+    int upInstalls = 0;
     std::vector<MonitorToken> removed;
     std::map<MonitorToken, Handler> handlers;
+    std::map<MonitorToken, Handler> upHandlers;
+    std::optional<Point> pointer;
     MonitorToken next = 41;
 };
 
@@ -98,8 +117,9 @@ TEST_F(ClickMonitorTest, ReleasingTheMonitorTakesItsHandlerOffThePlatform) {
     auto monitor = std::make_shared<ClickMonitor>(mouse);
     monitor->start();
     monitor.reset();
-    EXPECT_EQ(mouse.removed, std::vector<MonitorToken>{41});
+    EXPECT_EQ(mouse.removed, (std::vector<MonitorToken>{41, 42}));
     EXPECT_TRUE(mouse.handlers.empty());
+    EXPECT_TRUE(mouse.upHandlers.empty());
 }
 
 TEST_F(ClickMonitorTest, StopBeforeStartMakesNoPlatformCall) {
@@ -116,12 +136,13 @@ TEST_F(ClickMonitorTest, StopRemovesTheInstalledMonitorAndEmptiesTheToken) {
     monitor->onClick = [&](Point, ModifierFlags) { ++calls; };
     monitor->start();
     monitor->stop();
-    EXPECT_EQ(mouse.removed, (std::vector<MonitorToken>{41}));
+    EXPECT_EQ(mouse.removed, (std::vector<MonitorToken>{41, 42}));
     EXPECT_FALSE(monitor->monitor.has_value());
+    EXPECT_FALSE(monitor->upMonitor.has_value());
     mouse.deliver({1, 1}, 0);
     EXPECT_EQ(calls, 0);
     monitor->stop();  // a second stop has nothing to remove
-    EXPECT_EQ(mouse.removed.size(), 1u);
+    EXPECT_EQ(mouse.removed.size(), 2u);
 }
 
 TEST_F(ClickMonitorTest, StartingTwiceKeepsOnlyTheSecondToken) {
@@ -129,10 +150,39 @@ TEST_F(ClickMonitorTest, StartingTwiceKeepsOnlyTheSecondToken) {
     monitor->start();
     monitor->start();
     EXPECT_EQ(mouse.installs, 2);
-    EXPECT_EQ(monitor->monitor, std::optional<MonitorToken>(42));
+    EXPECT_EQ(monitor->monitor, std::optional<MonitorToken>(43));
+    EXPECT_EQ(monitor->upMonitor, std::optional<MonitorToken>(44));
     monitor->stop();
-    // The first monitor is never removed.
-    EXPECT_EQ(mouse.removed, (std::vector<MonitorToken>{42}));
+    // The first monitors are never removed.
+    EXPECT_EQ(mouse.removed, (std::vector<MonitorToken>{43, 44}));
+}
+
+TEST_F(ClickMonitorTest, MouseUpsReachOnMouseUpWithTheirPointAndModifiers) {
+    auto monitor = std::make_shared<ClickMonitor>(mouse);
+    std::vector<Received> downs, ups;
+    monitor->onClick = [&](Point at, ModifierFlags m) { downs.push_back({at, m}); };
+    monitor->onMouseUp = [&](Point at, ModifierFlags m) { ups.push_back({at, m}); };
+    monitor->start();
+    EXPECT_EQ(mouse.upInstalls, 1);
+    mouse.deliver({5, 6}, modifier::shift);
+    mouse.deliverUp({7, 8}, modifier::option);
+    ASSERT_EQ(downs.size(), 1u);
+    ASSERT_EQ(ups.size(), 1u);
+    EXPECT_EQ(ups[0].at, (Point{7, 8}));
+    EXPECT_EQ(ups[0].modifiers, modifier::option);
+}
+
+TEST_F(ClickMonitorTest, ALateEventKeepsItsOwnPointWhereverThePointerIsNow) {
+    auto monitor = std::make_shared<ClickMonitor>(mouse);
+    std::vector<Received> got;
+    monitor->onClick = [&](Point at, ModifierFlags m) { got.push_back({at, m}); };
+    monitor->start();
+    // The main thread was busy: the pointer has moved on when the handler runs.
+    mouse.pointer = Point{900, 700};
+    auto copy = mouse.handlers;
+    for (auto& [token, handler] : copy) handler({315, 214}, 0);
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_EQ(got[0].at, (Point{315, 214}));
 }
 
 // On the simulated desktop: the platform's real stream of events.

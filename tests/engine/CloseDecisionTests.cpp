@@ -314,22 +314,23 @@ TEST_F(CloseDecisionTest, ACloseWithoutAClickNeverEscapes) {
     EXPECT_EQ(journal()[0].outcome, "quitting");
 }
 
-TEST_F(CloseDecisionTest, AnExpiredClickStillCarriesItsModifiers) {
+TEST_F(CloseDecisionTest, AnExpiredClickCarriesNoModifiers) {
     sim::WindowSpec slow;
     slow.title = "Slow";
     slow.closeDelay = 2.5;
     auto w = addWindow(textEdit, slow);
     startAndSettle();
     clickClose(w, modifier::shift);
-    desktop.advance(2.8);
+    desktop.advance(2.8 + 1.5);  // the close, then the settle period before the journal
     Lines log = takeLog();
-    ASSERT_EQ(log.size(), 5u);
+    ASSERT_GE(log.size(), 2u);
     EXPECT_EQ(log[1],
               std::string("00:00:12.800  TextEdit (com.apple.TextEdit)  window closed  ←  ") +
                   causeNotRedDot);
-    EXPECT_EQ(log[3], "              → no action (shift held — close without quitting)");
+    for (const std::string& line : log)
+        EXPECT_EQ(line.find("shift held"), std::string::npos) << line;
     ASSERT_EQ(journal().size(), 1u);
-    EXPECT_EQ(journal()[0], entry(causeNotRedDot, 0, "shift held — kept running"));
+    EXPECT_NE(journal()[0].outcome, "shift held — kept running");
 }
 
 TEST_F(CloseDecisionTest, ThreeWindowsGoneWithinTheGatheringMakeOneReport) {

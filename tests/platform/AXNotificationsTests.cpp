@@ -18,6 +18,7 @@ TEST(AXNotifications, NamesAreThePlatformsOwn) {
     EXPECT_EQ(nameOf(AXNotification::elementDestroyed), "AXUIElementDestroyed");
     EXPECT_EQ(nameOf(AXNotification::windowMoved), "AXWindowMoved");
     EXPECT_EQ(nameOf(AXNotification::windowResized), "AXWindowResized");
+    EXPECT_EQ(nameOf(AXNotification::titleChanged), "AXTitleChanged");
 }
 
 TEST(AXNotifications, EachNameMapsBackToItsNotification) {

@@ -226,7 +226,8 @@ TEST(ScenarioParser, DesktopCommandsNameTheirBadWords) {
                   "[off]"}));
     EXPECT_EQ(errorsOf("release here\n"),
               (std::vector<std::string>{
-                  "x.scn:1: error: unexpected \"here\" — usage: release [at X,Y]"}));
+                  "x.scn:1: error: \"here\" is not a modifier key (shift, option, command, "
+                  "control, joined by + as in shift+option, or a raw flag word as in 0x20000)"}));
     EXPECT_EQ(errorsOf("hide Nobody\n"),
               (std::vector<std::string>{"x.scn:1: error: no app named \"Nobody\" is declared "
                                         "before this line (declare it with app or launch)"}));

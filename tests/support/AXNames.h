@@ -13,5 +13,6 @@ inline const std::string axFocusedWindowChanged{nameOf(AXNotification::focusedWi
 inline const std::string axElementDestroyed{nameOf(AXNotification::elementDestroyed)};
 inline const std::string axWindowMoved{nameOf(AXNotification::windowMoved)};
 inline const std::string axWindowResized{nameOf(AXNotification::windowResized)};
+inline const std::string axTitleChanged{nameOf(AXNotification::titleChanged)};
 
 }  // namespace quelto
