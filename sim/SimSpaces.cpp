@@ -137,16 +137,7 @@ Subscription SimDesktop::observeActiveSpaceChanges(std::function<void()> handler
 }
 
 Subscription SimDesktop::observeActivations(ApplicationHandler handler) {
-    auto& list = state_->activationHandlers;
-    list.erase(std::remove_if(list.begin(), list.end(), [](const auto& h) { return !h->active; }),
-               list.end());
-    auto entry = std::make_shared<WorkspaceHandler>();
-    entry->handler = std::move(handler);
-    list.push_back(entry);
-    return Subscription([entry] {
-        entry->active = false;
-        entry->handler = nullptr;
-    });
+    return subscribe(state_->activationHandlers, std::move(handler));
 }
 
 bool SimDesktop::lookupsAvailable() {

@@ -161,6 +161,10 @@ struct WorkspaceHandler {
     bool active = true;
 };
 
+// Adds an observer to one of the desktop's workspace lists (dropping those unsubscribed).
+Subscription subscribe(std::vector<std::shared_ptr<WorkspaceHandler>>& list,
+                       Workspace::ApplicationHandler handler);
+
 struct InstalledApplication {
     std::string path;
     std::optional<std::string> bundleID;

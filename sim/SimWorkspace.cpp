@@ -205,8 +205,6 @@ Pid SimDesktop::ownProcessIdentifier() {
     return state_->ownPid;
 }
 
-namespace {
-
 Subscription subscribe(std::vector<std::shared_ptr<WorkspaceHandler>>& list,
                        Workspace::ApplicationHandler handler) {
     list.erase(std::remove_if(list.begin(), list.end(), [](const auto& h) { return !h->active; }),
@@ -220,8 +218,6 @@ Subscription subscribe(std::vector<std::shared_ptr<WorkspaceHandler>>& list,
         entry->handler = nullptr;
     });
 }
-
-}  // namespace
 
 Subscription SimDesktop::observeLaunches(ApplicationHandler handler) {
     return subscribe(state_->launchHandlers, std::move(handler));

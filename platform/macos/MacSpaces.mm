@@ -5,6 +5,7 @@
 #include "platform/macos/MacAXElement.h"
 #include "platform/macos/MacRunningApplication.h"
 #include "platform/macos/MacSpaceLookups.h"
+#include "platform/macos/MacWorkspace.h"
 
 namespace quelto::mac {
 
@@ -20,18 +21,7 @@ Subscription MacSpaces::observeActiveSpaceChanges(std::function<void()> handler)
 }
 
 Subscription MacSpaces::observeActivations(Workspace::ApplicationHandler handler) {
-    NSNotificationCenter* center = NSWorkspace.sharedWorkspace.notificationCenter;
-    id token = [center addObserverForName:NSWorkspaceDidActivateApplicationNotification
-                                   object:nil
-                                    queue:NSOperationQueue.mainQueue
-                               usingBlock:^(NSNotification* notification) {
-                                 id app = notification.userInfo[NSWorkspaceApplicationKey];
-                                 RunningApplicationRef ref;
-                                 if ([app isKindOfClass:NSRunningApplication.class])
-                                     ref = wrapRunningApplication(app);
-                                 if (handler) handler(ref);
-                               }];
-    return Subscription([center, token] { [center removeObserver:token]; });
+    return observeActivatedApplications(std::move(handler));
 }
 
 bool MacSpaces::lookupsAvailable() { return spaceLookupsFound(); }

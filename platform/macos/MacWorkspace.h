@@ -21,4 +21,8 @@ class MacWorkspace final : public Workspace {
     void selectFile(const std::string& path) override;
 };
 
+// NSWorkspace's did-activate-application notifications, on the main queue: the handler gets
+// the application, or nullptr when the notification carries none.
+Subscription observeActivatedApplications(Workspace::ApplicationHandler handler);
+
 }  // namespace quelto::mac

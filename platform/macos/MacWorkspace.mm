@@ -21,7 +21,7 @@ Subscription observe(NSNotificationName name, Workspace::ApplicationHandler hand
                                  RunningApplicationRef ref;
                                  if ([app isKindOfClass:NSRunningApplication.class])
                                      ref = wrapRunningApplication(app);
-                                 handler(ref);
+                                 if (handler) handler(ref);
                                }];
     return Subscription([center, token] { [center removeObserver:token]; });
 }
@@ -52,6 +52,10 @@ Subscription MacWorkspace::observeLaunches(ApplicationHandler handler) {
 
 Subscription MacWorkspace::observeTerminations(ApplicationHandler handler) {
     return observe(NSWorkspaceDidTerminateApplicationNotification, std::move(handler));
+}
+
+Subscription observeActivatedApplications(Workspace::ApplicationHandler handler) {
+    return observe(NSWorkspaceDidActivateApplicationNotification, std::move(handler));
 }
 
 std::optional<std::string> MacWorkspace::pathForApplication(const std::string& bundleID) {
