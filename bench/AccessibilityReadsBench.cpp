@@ -114,7 +114,7 @@ void BM_Reads_LivePassHit(benchmark::State& state) {
     BusyDesktop busy(apps, windowsPerApp, true);
     sim::SimDesktop& desktop = busy.desktop();
     Pid front = BusyDesktop::firstPid + apps - 1;
-    sim::WindowSpec desc;
+    sim::WindowDescription desc;
     desc.title = "Late";
     desc.frame = Rect{{3000, 3000}, {800, 600}};
     sim::ElementId late = desktop.addWindow(front, desc, false);
@@ -146,13 +146,13 @@ void BM_Reads_CloseDecision(benchmark::State& state) {
     BusyDesktop busy(apps, windowsPerApp);
     sim::SimDesktop& desktop = busy.desktop();
     writeConfigFile(liveAllLastWindow);
-    sim::AppSpec app;
+    sim::AppDescription app;
     app.pid = 5001;
     app.bundleID = "com.example.Closing";
     app.name = "Closing";
     desktop.launchApp(app);
     desktop.advance(0.6);
-    sim::WindowSpec window;
+    sim::WindowDescription window;
     window.title = "Document";
     window.frame = Rect{{3000, 3000}, {800, 600}};
     sim::ElementId id = desktop.addWindow(app.pid, window);

@@ -27,14 +27,14 @@ BusyDesktop::BusyDesktop(int apps, int windowsPerApp, bool frontmostWatched)
     d.clockTheLog();
     d.setOwnPid(ownPid);
 
-    sim::AppSpec quelto;
+    sim::AppDescription quelto;
     quelto.pid = ownPid;
     quelto.bundleID = "app.quelto.Quelto";
     quelto.name = "Quelto";
     quelto.policy = ActivationPolicy::accessory;
     d.addApp(quelto);
 
-    sim::AppSpec accessory;
+    sim::AppDescription accessory;
     accessory.pid = accessoryPid;
     accessory.bundleID = "com.example.Accessory";
     accessory.name = "Accessory";
@@ -42,13 +42,13 @@ BusyDesktop::BusyDesktop(int apps, int windowsPerApp, bool frontmostWatched)
     d.addApp(accessory);
 
     for (int a = 0; a < apps; ++a) {
-        sim::AppSpec desc;
+        sim::AppDescription desc;
         desc.pid = firstPid + a;
         desc.bundleID = "com.example.App" + std::to_string(a);
         desc.name = "App " + std::to_string(a);
         d.addApp(desc);
         for (int w = 0; w < windowsPerApp; ++w) {
-            sim::WindowSpec window;
+            sim::WindowDescription window;
             window.title = "Window " + std::to_string(w);
             // 40 × 25 windows on a 50 × 30 grid: nothing overlaps, every button is distinct.
             window.frame = Rect{{20.0 + 50.0 * w, 20.0 + 30.0 * a}, {40, 25}};

@@ -26,13 +26,13 @@ void BM_CloseDecision(benchmark::State& state) {
     for (auto _ : state) {
         // Untimed: a fresh application with one window, watched and its close button cached.
         state.PauseTiming();
-        sim::AppSpec app;
+        sim::AppDescription app;
         app.pid = next++;
         app.bundleID = "com.example.Closing";
         app.name = "Closing";
         desktop.launchApp(app);
         desktop.advance(0.6);
-        sim::WindowSpec window;
+        sim::WindowDescription window;
         window.title = "Document";
         window.frame = Rect{{3000, 3000}, {800, 600}};
         sim::ElementId id = desktop.addWindow(app.pid, window);

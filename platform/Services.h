@@ -74,11 +74,11 @@ class HttpClient {
 };
 
 // What an alert shows. With no buttons the alert has its single default button.
-struct AlertSpec {
+struct AlertDescription {
     std::string messageText;
     std::string informativeText;
     std::vector<std::string> buttons;
-    friend bool operator==(const AlertSpec&, const AlertSpec&) = default;
+    friend bool operator==(const AlertDescription&, const AlertDescription&) = default;
 };
 
 class Alerts {
@@ -91,7 +91,7 @@ class Alerts {
     // loop would hold that serial queue, and with it every delayed step of the engine, until
     // the user answered. `completion`, when given, then gets 1000 for the first button, 1001
     // for the second, …, on the main thread.
-    virtual void present(const AlertSpec& alert, std::function<void(long)> completion) = 0;
+    virtual void present(const AlertDescription& alert, std::function<void(long)> completion) = 0;
 };
 
 class Pasteboard {

@@ -7,7 +7,7 @@
 
 namespace quelto::sim {
 
-void SimDesktop::present(const AlertSpec& alert, std::function<void(long)> completion) {
+void SimDesktop::present(const AlertDescription& alert, std::function<void(long)> completion) {
     State& s = *state_;
     WorkItem item;
     item.kind = WorkKind::runLoopSource;
@@ -19,7 +19,7 @@ void SimDesktop::present(const AlertSpec& alert, std::function<void(long)> compl
     s.scheduleAt(s.now, std::move(item));
 }
 
-long SimDesktop::runModal(const AlertSpec& alert) {
+long SimDesktop::runModal(const AlertDescription& alert) {
     State& s = *state_;
     // The alert is Quelto's: Quelto is activated first, so that it shows in front of the
     // app the user is working in rather than behind its windows. An accessory app may be
@@ -41,7 +41,7 @@ void SimDesktop::queueAlertAnswer(long response) {
     state_->alertAnswers.push_back(response);
 }
 
-const std::vector<AlertSpec>& SimDesktop::shownAlerts() const {
+const std::vector<AlertDescription>& SimDesktop::shownAlerts() const {
     return state_->alerts;
 }
 

@@ -29,19 +29,19 @@ namespace quelto::sim {
 using ElementId = std::uint64_t;
 
 // How a close button looks to Accessibility.
-struct CloseButtonSpec {
+struct CloseButtonDescription {
     bool present = true;  // false: the "AXCloseButton" read fails with `missingError`
     AXError missingError = axerror::attributeUnsupported;  // -25205 or -25212 (custom chrome)
     std::optional<bool> enabled = true;                    // none: "AXEnabled" cannot be read
     std::optional<Rect> frame;  // none: derived from the window (x+8, y+6, 14 × 16)
 };
 
-struct WindowSpec {
+struct WindowDescription {
     std::string title = "Untitled";
     std::string role = "AXWindow";
     std::optional<std::string> subrole = "AXStandardWindow";  // none: the read fails -25205
     Rect frame{{100, 100}, {800, 600}};
-    CloseButtonSpec closeButton;
+    CloseButtonDescription closeButton;
     // What a click on its enabled close button does: close at once (after `closeDelay`),
     // or show a save sheet that holds the close until it is answered.
     bool asksToSave = false;
@@ -59,7 +59,7 @@ struct WindowSpec {
 // A window the window server draws that is no application window Quelto tracks: the menu
 // bar, the Dock, an open menu, a notification banner, an app's popover, or any window at a
 // given layer. Clicks land in it like in any window.
-struct OverlaySpec {
+struct OverlayDescription {
     std::string name;  // how it is referred to
     Pid owner = 0;     // its process (the Dock's, the app whose menu it is, …)
     Rect bounds;
@@ -67,7 +67,7 @@ struct OverlaySpec {
     double alpha = 1;  // 0: drawn fully transparent, and clicks go through it
 };
 
-struct AppSpec {
+struct AppDescription {
     Pid pid = 0;
     std::optional<std::string> bundleID;
     std::optional<std::string> name;
@@ -195,9 +195,9 @@ class SimDesktop final : public Accessibility,
     // runs is left as it is. Launching a regular application makes it frontmost; adding one
     // does not. When the frontmost application terminates, the application of the next window
     // in the stacking order becomes frontmost (none when no window is on screen).
-    void addApp(const AppSpec& desc);
+    void addApp(const AppDescription& desc);
     // Launches an application: it starts running and the launch notification is delivered.
-    void launchApp(const AppSpec& desc);
+    void launchApp(const AppDescription& desc);
     // The application terminates (by itself or after a quit request): its windows vanish
     // without destroyed notifications (as when a process goes), its elements read as
     // invalid, and the termination notification is delivered. Until the main run loop next
@@ -210,7 +210,7 @@ class SimDesktop final : public Accessibility,
 
     // ---- Windows and other elements ----
     // Adds a window; unless `notify` is false, "AXWindowCreated" goes to the app's observers.
-    ElementId addWindow(Pid pid, const WindowSpec& desc, bool notify = true);
+    ElementId addWindow(Pid pid, const WindowDescription& desc, bool notify = true);
     // Destroys a window, dialog or sheet ("AXUIElementDestroyed" to its observers); later
     // reads of it (and of a window's close button and sheets) fail with invalid-element.
     void destroyWindow(ElementId window);
@@ -227,7 +227,7 @@ class SimDesktop final : public Accessibility,
     // buttons without effect while it is up.
     ElementId showDialog(Pid pid, const std::string& subrole, const std::string& title,
                          bool appModal = false);
-    void setCloseButton(ElementId window, const CloseButtonSpec& desc);
+    void setCloseButton(ElementId window, const CloseButtonDescription& desc);
     void setTitle(ElementId window, const std::string& title);
     void setSubrole(ElementId window, std::optional<std::string> subrole);
     std::vector<ElementId> windowsOf(Pid pid) const;  // live windows, front to back
@@ -304,7 +304,7 @@ class SimDesktop final : public Accessibility,
     // Windows the window server draws above (or among) the applications' windows; in front
     // of every window of a lower layer, and of the windows of their own layer. A second
     // overlay with the same name replaces the first.
-    void showOverlay(const OverlaySpec& overlay);
+    void showOverlay(const OverlayDescription& overlay);
     void removeOverlay(const std::string& name);
     // The window server's list, front to back, as a click sees it: overlays and windows by
     // layer, sheets in front of their windows (every Space; `onScreen` says which are drawn).
@@ -366,7 +366,7 @@ class SimDesktop final : public Accessibility,
     bool isOrderedOut(ElementId window) const;
     // The window's description as the model holds it now (its role, subrole and close button
     // as changed since), read without an Accessibility call; none for no live window.
-    std::optional<WindowSpec> windowSpec(ElementId window) const;
+    std::optional<WindowDescription> windowDescription(ElementId window) const;
     // Whether the private Spaces lookups exist on this system (they do by default).
     void setSpacesLookupsAvailable(bool available);
     // Workspace notifications posted so far: active-Space changes and activations.
@@ -414,7 +414,7 @@ class SimDesktop final : public Accessibility,
     void setMachine(const std::string& machine, SystemInfo::OSVersion version);
     // Alerts: answers are taken in order (button returns); the default answer is 1000.
     void queueAlertAnswer(long response);
-    const std::vector<AlertSpec>& shownAlerts() const;
+    const std::vector<AlertDescription>& shownAlerts() const;
     const std::string& pasteboardText() const;
     // Installed applications (for the open panel and pathForApplication).
     void installApplication(const std::string& path, std::optional<std::string> bundleID,
@@ -470,10 +470,10 @@ class SimDesktop final : public Accessibility,
     std::optional<std::string> registerItem() override;
     std::optional<std::string> unregisterItem() override;
 
-    void present(const AlertSpec& alert, std::function<void(long)> completion) override;
+    void present(const AlertDescription& alert, std::function<void(long)> completion) override;
     // Runs an alert modally right here, as NSAlert's runModal does (a nested loop while it is
     // held on screen); the answer.
-    long runModal(const AlertSpec& alert);
+    long runModal(const AlertDescription& alert);
     void setString(const std::string& text) override;
 
     void send(const HttpRequest& request, std::function<void(HttpResult)> completion) override;

@@ -160,7 +160,7 @@ AXError SimDesktop::State::computedValue(const Element& e, ElementId id,
             return axerror::attributeUnsupported;
         }
         case ElementKind::window: {
-            const WindowSpec& s = e.desc;
+            const WindowDescription& s = e.desc;
             if (attribute == "AXRole") {
                 value = AXValue(s.role);
                 return axerror::success;
@@ -338,7 +338,7 @@ void SimDesktop::State::lastWindowCheck(Pid pid) {
 
 // ---- SimDesktop: windows and elements ----
 
-ElementId SimDesktop::addWindow(Pid pid, const WindowSpec& desc, bool notify) {
+ElementId SimDesktop::addWindow(Pid pid, const WindowDescription& desc, bool notify) {
     State& s = *state_;
     Element w;
     w.kind = ElementKind::window;
@@ -440,7 +440,7 @@ void SimDesktop::answerSheet(ElementId window, bool closesWindow) {
 
 ElementId SimDesktop::showDialog(Pid pid, const std::string& subrole, const std::string& title,
                                  bool appModal) {
-    WindowSpec desc;
+    WindowDescription desc;
     desc.title = title;
     desc.subrole = subrole;
     desc.frame = Rect{{400, 300}, {420, 180}};
@@ -450,7 +450,7 @@ ElementId SimDesktop::showDialog(Pid pid, const std::string& subrole, const std:
     return id;
 }
 
-void SimDesktop::setCloseButton(ElementId window, const CloseButtonSpec& desc) {
+void SimDesktop::setCloseButton(ElementId window, const CloseButtonDescription& desc) {
     Element* w = state_->find(window);
     if (!w || w->kind != ElementKind::window) return;
     w->desc.closeButton = desc;

@@ -21,8 +21,7 @@ void forEachDrawn(const SimDesktop::State& s, Visit visit) {
     // The distinct layers, highest first: a handful, whatever the number of windows.
     std::vector<int> layers;
     auto addLayer = [&layers](int layer) {
-        if (std::find(layers.begin(), layers.end(), layer) == layers.end())
-            layers.push_back(layer);
+        if (std::find(layers.begin(), layers.end(), layer) == layers.end()) layers.push_back(layer);
     };
     for (const auto& [overlay, number] : s.overlays) addLayer(overlay.layer);
     for (ElementId id : s.zOrder)
@@ -90,7 +89,7 @@ std::optional<ElementId> SimDesktop::State::windowAt(Point point) const {
 
 // ---- Overlays ----
 
-void SimDesktop::showOverlay(const OverlaySpec& overlay) {
+void SimDesktop::showOverlay(const OverlayDescription& overlay) {
     State& s = *state_;
     removeOverlay(overlay.name);
     s.overlays.insert(s.overlays.begin(), {overlay, s.nextWindowNumber++});

@@ -117,7 +117,7 @@ void SimDesktop::State::releaseReacts(Point point, const Press& pressed) {
     const Element* w = s.liveWindow(id);
     if (!w || !s.onScreen(*w) || !s.buttonFrame(*w).contains(point)) return;
     if (s.windowAt(point) != id) return;
-    const CloseButtonSpec& button = w->desc.closeButton;
+    const CloseButtonDescription& button = w->desc.closeButton;
     if (!button.present || button.enabled == std::optional<bool>(false)) return;
     if (!w->sheets.empty()) return;       // modal to its sheet: the button does nothing
     if (s.showsAppModal(w->pid)) return;  // an app-modal alert holds every other window

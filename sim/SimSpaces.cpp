@@ -106,7 +106,7 @@ bool SimDesktop::isOrderedOut(ElementId window) const {
     return w && w->alive && w->orderedOut;
 }
 
-std::optional<WindowSpec> SimDesktop::windowSpec(ElementId window) const {
+std::optional<WindowDescription> SimDesktop::windowDescription(ElementId window) const {
     const Element* w = state_->find(window);
     if (!w || !w->alive || w->kind != ElementKind::window) return std::nullopt;
     return w->desc;

@@ -48,7 +48,7 @@ struct Element {
     ElementId parent = 0;  // the window of a close button or sheet
 
     // Windows.
-    WindowSpec desc;
+    WindowDescription desc;
     ElementId closeButton = 0;
     std::vector<ElementId> sheets;  // oldest first
     Point buttonOffset{8, 6};       // the close button's origin relative to the window
@@ -74,7 +74,7 @@ struct Element {
 class SimRunningApplication;
 
 struct AppRecord {
-    AppSpec desc;
+    AppDescription desc;
     ElementId appElement = 0;
     bool running = true;
     // Still in the workspace's list of running applications. The process may have exited
@@ -286,7 +286,7 @@ struct SimDesktop::State {
     AppRecord* runningApp(Pid pid);
     std::shared_ptr<AppRecord> runningAppRef(Pid pid) const;
     const AppRecord* runningApp(Pid pid) const;
-    void startApp(const AppSpec& desc, bool notifyLaunch);
+    void startApp(const AppDescription& desc, bool notifyLaunch);
     void terminate(Pid pid);
     void deliverWorkspace(const std::vector<std::shared_ptr<WorkspaceHandler>>& handlers,
                           const std::shared_ptr<AppRecord>& app);
@@ -308,7 +308,8 @@ struct SimDesktop::State {
 
     // ---- Clicks: layers, system windows, late events (SimLayers.cpp) ----
     std::map<MonitorToken, std::shared_ptr<MouseMonitor::Handler>> upMonitors;
-    std::vector<std::pair<OverlaySpec, std::uint32_t>> overlays;  // newest first, with numbers
+    std::vector<std::pair<OverlayDescription, std::uint32_t>>
+        overlays;  // newest first, with numbers
     Point pointer;
     // Events routed during a user action, handed to the monitors when the action is done.
     int userActions = 0;
@@ -364,7 +365,7 @@ struct SimDesktop::State {
     std::string machine = "arm64";
     SystemInfo::OSVersion osVersion{14, 5, 0};
     std::vector<long> alertAnswers;  // taken from the front
-    std::vector<AlertSpec> alerts;
+    std::vector<AlertDescription> alerts;
     std::string pasteboard;
     std::vector<InstalledApplication> installed;
     std::vector<std::string> openedURLs;
@@ -416,7 +417,7 @@ class SimObserver final : public AXObserver {
 class SimRunningApplication final : public RunningApplication {
   public:
     SimRunningApplication(std::weak_ptr<int> life, SimDesktop::State* state,
-                          std::weak_ptr<AppRecord> app, AppSpec desc)
+                          std::weak_ptr<AppRecord> app, AppDescription desc)
         : life_(std::move(life)), state_(state), app_(std::move(app)), desc_(std::move(desc)) {}
 
     Pid processIdentifier() const override { return desc_.pid; }
@@ -434,7 +435,7 @@ class SimRunningApplication final : public RunningApplication {
     std::weak_ptr<int> life_;
     SimDesktop::State* state_;
     std::weak_ptr<AppRecord> app_;
-    AppSpec desc_;
+    AppDescription desc_;
 };
 
 }  // namespace quelto::sim

@@ -64,7 +64,7 @@ std::shared_ptr<AppRecord> SimDesktop::State::runningAppRef(Pid pid) const {
     return found == runningByPid.end() ? nullptr : found->second;
 }
 
-void SimDesktop::State::startApp(const AppSpec& desc, bool notifyLaunch) {
+void SimDesktop::State::startApp(const AppDescription& desc, bool notifyLaunch) {
     if (runningApp(desc.pid)) return;  // one running application per process id
     auto app = std::make_shared<AppRecord>();
     app->desc = desc;
@@ -113,11 +113,11 @@ void SimDesktop::State::terminate(Pid pid) {
 
 // ---- SimDesktop: applications ----
 
-void SimDesktop::addApp(const AppSpec& desc) {
+void SimDesktop::addApp(const AppDescription& desc) {
     state_->startApp(desc, false);
 }
 
-void SimDesktop::launchApp(const AppSpec& desc) {
+void SimDesktop::launchApp(const AppDescription& desc) {
     bool wasRunning = state_->runningApp(desc.pid) != nullptr;
     state_->startApp(desc, true);
     if (!wasRunning && desc.policy == ActivationPolicy::regular) setFrontmost(desc.pid);

@@ -31,8 +31,9 @@ bool isKeyword(const std::string& word) {
 
 }  // namespace
 
-sim::AppSpec Parser::appOptions(Args& args, const std::string& handle, const DeclaredApp* known) {
-    sim::AppSpec desc;
+sim::AppDescription Parser::appOptions(Args& args, const std::string& handle,
+                                       const DeclaredApp* known) {
+    sim::AppDescription desc;
     if (known)
         desc = known->desc;
     else
@@ -140,7 +141,7 @@ void Parser::appCommand(Args& args) {
     }
     if (isKeyword(*handle) || *handle == "none" || *handle == "close")
         return args.fail(inQuotes(*handle) + " is a keyword and cannot name an app");
-    sim::AppSpec desc = appOptions(args, *handle, nullptr);
+    sim::AppDescription desc = appOptions(args, *handle, nullptr);
     // Known from here on even when the line is wrong, so that one mistake gives one message.
     apps[*handle] = DeclaredApp{desc, args.line()};
     if (!args.ok()) return;
@@ -161,7 +162,7 @@ void Parser::launchCommand(Args& args) {
         return args.fail(inQuotes(*handle) + " is a keyword and cannot name an app");
     auto it = apps.find(*handle);
     const DeclaredApp* known = it == apps.end() ? nullptr : &it->second;
-    sim::AppSpec desc = appOptions(args, *handle, known);
+    sim::AppDescription desc = appOptions(args, *handle, known);
     if (!args.ok()) return;
     int line = args.line();
     apps[*handle] = DeclaredApp{desc, known ? known->line : line};

@@ -63,11 +63,11 @@ void Parser::overlayCommand(Args& args) {
     if (!kind)
         return args.fail("an overlay is a menu-bar, dock, banner, menu, popover or window, not " +
                          inQuotes(*kindWord));
-    sim::OverlaySpec spec;
-    spec.name = *name;
-    spec.layer = kind->layer;
-    spec.bounds = kind->bounds;
-    spec.owner = kind->owner;
+    sim::OverlayDescription desc;
+    desc.name = *name;
+    desc.layer = kind->layer;
+    desc.bounds = kind->bounds;
+    desc.owner = kind->owner;
     std::optional<std::string> ownerApp;
     while (!args.done()) {
         auto w = args.bare("an overlay option: owner APP, at X,Y, size WxH, layer N, alpha A");
@@ -79,19 +79,19 @@ void Parser::overlayCommand(Args& args) {
         } else if (*w == "at") {
             auto p = args.point("its origin");
             if (!p) return;
-            spec.bounds.origin = *p;
+            desc.bounds.origin = *p;
         } else if (*w == "size") {
             auto s = args.size("its size");
             if (!s) return;
-            spec.bounds.size = *s;
+            desc.bounds.size = *s;
         } else if (*w == "layer") {
             auto n = args.integer("a window-server layer, as in 3");
             if (!n) return;
-            spec.layer = static_cast<int>(*n);
+            desc.layer = static_cast<int>(*n);
         } else if (*w == "alpha") {
             auto a = args.parsed<double>("an alpha", parseNumber, "an alpha from 0 to 1");
             if (!a) return;
-            spec.alpha = *a;
+            desc.alpha = *a;
         } else {
             return args.fail("unknown overlay option " + inQuotes(*w) +
                              " (owner APP, at X,Y, size WxH, layer N, alpha A)");
@@ -101,13 +101,13 @@ void Parser::overlayCommand(Args& args) {
     if (!kind->owner && !ownerApp)
         return args.fail(std::string("a ") + kind->name + " belongs to an app: give owner APP");
     int line = args.line();
-    addStep(line, "overlay", [spec, ownerApp, line](ScenarioRunner& r) mutable {
+    addStep(line, "overlay", [desc, ownerApp, line](ScenarioRunner& r) mutable {
         if (ownerApp) {
             auto pid = runningPid(r, line, *ownerApp);
             if (!pid) return;
-            spec.owner = *pid;
+            desc.owner = *pid;
         }
-        r.desktop().showOverlay(spec);
+        r.desktop().showOverlay(desc);
     });
 }
 

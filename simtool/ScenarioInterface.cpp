@@ -55,11 +55,11 @@ std::string iconText(const StatusIcon& icon) {
            "\n";
 }
 
-std::string alertsText(const std::vector<AlertSpec>& alerts) {
+std::string alertsText(const std::vector<AlertDescription>& alerts) {
     if (alerts.empty()) return "(no alerts)\n";
     std::string s;
     for (std::size_t i = 0; i < alerts.size(); ++i) {
-        const AlertSpec& a = alerts[i];
+        const AlertDescription& a = alerts[i];
         s += std::to_string(i + 1) + ". " + a.messageText + "\n";
         std::string info = a.informativeText;
         std::size_t start = 0;

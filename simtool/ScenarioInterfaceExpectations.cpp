@@ -151,7 +151,7 @@ bool Parser::expectInterface(Args& args, bool negated, const std::string& subjec
         std::string want = *text;
         addExpectation(line, [line, want, negated](ScenarioRunner& r) {
             bool found = false;
-            for (const AlertSpec& a : r.desktop().shownAlerts())
+            for (const AlertDescription& a : r.desktop().shownAlerts())
                 found = found || a.messageText.find(want) != std::string::npos ||
                         a.informativeText.find(want) != std::string::npos;
             r.check(line, found != negated,

@@ -28,7 +28,7 @@ namespace quelto::simtool {
 
 Parser::Parser(std::string file) {
     scenario.file = std::move(file);
-    sim::AppSpec own;
+    sim::AppDescription own;
     own.pid = scenario.ownPid;
     own.name = "Quelto";
     own.policy = ActivationPolicy::accessory;

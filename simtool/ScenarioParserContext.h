@@ -102,7 +102,7 @@ class Parser {
 
     // ---- Declarations, as the lines so far have made them ----
     struct DeclaredApp {
-        sim::AppSpec desc;
+        sim::AppDescription desc;
         int line = 0;
     };
     // The application under a handle; reports an unknown one.
@@ -138,10 +138,10 @@ class Parser {
                    std::size_t& index);
     std::optional<std::string> configBlock(const std::vector<std::string>& lines,
                                            std::size_t& index, int line);
-    sim::AppSpec appOptions(Args& args, const std::string& handle,
-                            const DeclaredApp* known);  // ScenarioApps.cpp
-    std::optional<sim::CloseButtonSpec> closeButtonSpec(
-        Args& args, sim::CloseButtonSpec base);  // ScenarioWindows.cpp
+    sim::AppDescription appOptions(Args& args, const std::string& handle,
+                                   const DeclaredApp* known);  // ScenarioApps.cpp
+    std::optional<sim::CloseButtonDescription> closeButtonDescription(
+        Args& args, sim::CloseButtonDescription base);  // ScenarioWindows.cpp
 
     // ---- The commands, by family; each family lives in the file named above it ----
     // ScenarioTime.cpp

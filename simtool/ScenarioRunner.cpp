@@ -77,7 +77,7 @@ RunResult ScenarioRunner::run() {
     desktop_->setBundleInfo("CFBundleShortVersionString", std::string(build::version));
     desktop_->setBundleInfo("CFBundleVersion", std::string(build::buildNumber));
     desktop_->setOwnPid(scenario_.ownPid);
-    sim::AppSpec own;
+    sim::AppDescription own;
     own.pid = scenario_.ownPid;
     own.bundleID = std::string(build::bundleID);
     own.name = "Quelto";
@@ -201,7 +201,7 @@ ScenarioRunner::App* ScenarioRunner::app(const std::string& handle) {
     return it == apps_.end() ? nullptr : &it->second;
 }
 
-void ScenarioRunner::declareApp(const std::string& handle, const sim::AppSpec& desc) {
+void ScenarioRunner::declareApp(const std::string& handle, const sim::AppDescription& desc) {
     App& a = apps_[handle];
     a.handle = handle;
     a.desc = desc;
@@ -308,10 +308,10 @@ void ScenarioRunner::showSettingsWindowOnDesktop(bool shown) {
     // desktop like any other, in front, and takes the clicks made in it.
     const Pid own = scenario_.ownPid;
     if (shown && !settingsWindow_ && desktop_->isRunning(own)) {
-        sim::WindowSpec spec;
-        spec.title = "Quelto";
-        spec.frame = Rect{{356, 160}, {800, 560}};
-        settingsWindow_ = desktop_->addWindow(own, spec);
+        sim::WindowDescription desc;
+        desc.title = "Quelto";
+        desc.frame = Rect{{356, 160}, {800, 560}};
+        settingsWindow_ = desktop_->addWindow(own, desc);
     } else if (!shown && settingsWindow_) {
         if (desktop_->isElementAlive(*settingsWindow_)) desktop_->destroyWindow(*settingsWindow_);
         settingsWindow_.reset();

@@ -74,12 +74,12 @@ class ScenarioRunner final : private sim::UserScript {
 
     struct App {
         std::string handle;
-        sim::AppSpec desc;      // as last declared or launched (the current pid)
-        std::vector<Pid> pids;  // every process id it has had
+        sim::AppDescription desc;  // as last declared or launched (the current pid)
+        std::vector<Pid> pids;     // every process id it has had
     };
     // The application known under a handle; nullptr when none is.
     App* app(const std::string& handle);
-    void declareApp(const std::string& handle, const sim::AppSpec& desc);
+    void declareApp(const std::string& handle, const sim::AppDescription& desc);
     // Every handle declared so far, in alphabetical order.
     std::vector<std::string> appHandles() const;
 

@@ -7,7 +7,8 @@
 
 namespace quelto::simtool {
 
-std::optional<sim::CloseButtonSpec> Parser::closeButtonSpec(Args& args, sim::CloseButtonSpec desc) {
+std::optional<sim::CloseButtonDescription> Parser::closeButtonDescription(
+    Args& args, sim::CloseButtonDescription desc) {
     auto w = args.bare("enabled, disabled, unreadable, missing [ERROR] or frame X,Y WxH");
     if (!w) return std::nullopt;
     if (*w == "enabled") {
@@ -50,7 +51,7 @@ void Parser::windowCommand(Args& args) {
     if (!handle || !knownApp(args, *handle)) return;
     auto title = args.text("a window title");
     if (!title) return;
-    sim::WindowSpec desc;
+    sim::WindowDescription desc;
     desc.title = *title;
     bool notify = true;
     while (!args.done()) {
@@ -76,7 +77,7 @@ void Parser::windowCommand(Args& args) {
             else
                 desc.subrole = s->text;
         } else if (*w == "close-button") {
-            auto b = closeButtonSpec(args, desc.closeButton);
+            auto b = closeButtonDescription(args, desc.closeButton);
             if (!b) return;
             desc.closeButton = *b;
         } else if (*w == "asks-to-save") {
@@ -263,10 +264,10 @@ void Parser::retitleCommand(Args& args) {
 void Parser::closeButtonCommand(Args& args) {
     auto ref = windowRef(args);
     if (!ref) return;
-    auto desc = closeButtonSpec(args, sim::CloseButtonSpec{});
+    auto desc = closeButtonDescription(args, sim::CloseButtonDescription{});
     if (!desc || !args.end()) return;
     int line = args.line();
-    sim::CloseButtonSpec b = *desc;
+    sim::CloseButtonDescription b = *desc;
     addStep(line, "close-button", [ref, b, line](ScenarioRunner& r) {
         if (auto id = r.openWindow(line, ref->first, ref->second))
             r.desktop().setCloseButton(*id, b);

@@ -67,8 +67,8 @@ MainWindowModel::NameCell MainWindowModel::nameCell(const AppRow& row) {
     return cell;
 }
 
-const MainWindowModel::OpenPanelSpec& MainWindowModel::addAppPanel() {
-    static const OpenPanelSpec desc{
+const MainWindowModel::OpenPanelDescription& MainWindowModel::addAppPanel() {
+    static const OpenPanelDescription desc{
         "Choose an app Quelto should never quit",
         "Never Quit",
         "Pick one or more apps that should keep running when you close their last window.",

@@ -542,7 +542,8 @@ class MacUpdateButton final : public quelto::UpdateButton {
 
 - (void)addApp {
     _model->addAppClicked();
-    const quelto::MainWindowModel::OpenPanelSpec& desc = quelto::MainWindowModel::addAppPanel();
+    const quelto::MainWindowModel::OpenPanelDescription& desc =
+        quelto::MainWindowModel::addAppPanel();
     NSOpenPanel* panel = [NSOpenPanel openPanel];
     panel.title = toNSString(desc.title);
     panel.prompt = toNSString(desc.prompt);

@@ -91,7 +91,7 @@ class MainWindowModel {
     static constexpr double appsTableMinimumHeight = 340;
 
     // What the "Add App…" open panel shows.
-    struct OpenPanelSpec {
+    struct OpenPanelDescription {
         std::string title;
         std::string prompt;
         std::string message;
@@ -102,7 +102,7 @@ class MainWindowModel {
         bool treatsFilePackagesAsDirectories = false;
         std::string directory;  // "/Applications"
     };
-    static const OpenPanelSpec& addAppPanel();
+    static const OpenPanelDescription& addAppPanel();
 
     // ---- Activity tab ----
     struct ActivityRow {

@@ -76,11 +76,12 @@ std::string bundleStringOrQuestionMark(SystemInfo* sys, const std::string& key) 
 void reportLoginItemFailure(Alerts* alerts, const std::string& error) {
     log("could not change the login item: " + error);
     if (alerts) {
-        alerts->present(AlertSpec{"Couldn’t change the login setting",
-                                  error + "\n\nYou can also set this yourself in System Settings → "
-                                          "General → Login Items.",
-                                  {}},
-                        nullptr);
+        alerts->present(
+            AlertDescription{"Couldn’t change the login setting",
+                             error + "\n\nYou can also set this yourself in System Settings → "
+                                     "General → Login Items.",
+                             {}},
+            nullptr);
     }
 }
 

@@ -67,7 +67,7 @@ std::optional<std::int64_t> exactInteger(const nlohmann::json& value) {
 
 // Shows the alert (it runs from the main run loop, after the caller's block has returned)
 // and hands its answer to `then`.
-void showAlert(const UpdateContext& context, const AlertSpec& alert,
+void showAlert(const UpdateContext& context, const AlertDescription& alert,
                std::function<void(long)> then) {
     if (Alerts* alerts = context.alerts)
         alerts->present(alert, std::move(then));
@@ -161,10 +161,10 @@ std::int64_t UpdateChecker::parseBuildNumber(const std::optional<std::string>& t
     return -value;
 }
 
-AlertSpec UpdateChecker::updateAvailableAlert(const Latest& latest,
-                                              const std::string& currentVersion,
-                                              std::int64_t currentBuild) {
-    AlertSpec alert;
+AlertDescription UpdateChecker::updateAvailableAlert(const Latest& latest,
+                                                     const std::string& currentVersion,
+                                                     std::int64_t currentBuild) {
+    AlertDescription alert;
     alert.messageText = "Quelto " + latest.version + " is available";
     alert.informativeText =
         "You have " + currentVersion + " (build " + std::to_string(currentBuild) + ").";
@@ -179,18 +179,18 @@ AlertSpec UpdateChecker::updateAvailableAlert(const Latest& latest,
     return alert;
 }
 
-AlertSpec UpdateChecker::upToDateAlert(const std::string& currentVersion,
-                                       std::int64_t currentBuild) {
-    AlertSpec alert;
+AlertDescription UpdateChecker::upToDateAlert(const std::string& currentVersion,
+                                              std::int64_t currentBuild) {
+    AlertDescription alert;
     alert.messageText = "Quelto is up to date";
     alert.informativeText = "You have version " + currentVersion + " (build " +
                             std::to_string(currentBuild) + "), which is the latest.";
     return alert;
 }
 
-AlertSpec UpdateChecker::failureAlert(const std::optional<std::string>& detail,
-                                      const std::string& siteHost) {
-    AlertSpec alert;
+AlertDescription UpdateChecker::failureAlert(const std::optional<std::string>& detail,
+                                             const std::string& siteHost) {
+    AlertDescription alert;
     alert.messageText = "Couldn’t check for updates";
     if (detail) alert.informativeText = *detail + "\n\n";
     alert.informativeText += "Nothing is wrong with Quelto — it just couldn’t reach " + siteHost +

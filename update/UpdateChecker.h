@@ -97,11 +97,13 @@ class UpdateChecker {
     static std::int64_t parseBuildNumber(const std::optional<std::string>& text);
 
     // The three alerts.
-    static AlertSpec updateAvailableAlert(const Latest& latest, const std::string& currentVersion,
+    static AlertDescription updateAvailableAlert(const Latest& latest,
+                                                 const std::string& currentVersion,
+                                                 std::int64_t currentBuild);
+    static AlertDescription upToDateAlert(const std::string& currentVersion,
                                           std::int64_t currentBuild);
-    static AlertSpec upToDateAlert(const std::string& currentVersion, std::int64_t currentBuild);
-    static AlertSpec failureAlert(const std::optional<std::string>& detail,
-                                  const std::string& siteHost);
+    static AlertDescription failureAlert(const std::optional<std::string>& detail,
+                                         const std::string& siteHost);
 
   private:
     // The running program's "CFBundleShortVersionString" ("?" when missing) and its

@@ -7,7 +7,7 @@ namespace quelto {
 
 ConsoleAlerts::ConsoleAlerts(std::ostream& out, long answer) : out_(out), answer_(answer) {}
 
-void ConsoleAlerts::present(const AlertSpec& alert, std::function<void(long)> completion) {
+void ConsoleAlerts::present(const AlertDescription& alert, std::function<void(long)> completion) {
     if (beforePrinting_) beforePrinting_();
     ++shown_;
     // An alert without buttons of its own has the single default button.

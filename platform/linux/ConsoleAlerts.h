@@ -21,7 +21,7 @@ class ConsoleAlerts final : public Alerts {
     void setBeforePrinting(std::function<void()> hook) { beforePrinting_ = std::move(hook); }
 
     // Prints the alert and answers it at once: a terminal has no run loop to hold.
-    void present(const AlertSpec& alert, std::function<void(long)> completion) override;
+    void present(const AlertDescription& alert, std::function<void(long)> completion) override;
 
     int shownCount() const { return shown_; }
 

@@ -7,7 +7,7 @@ namespace quelto::mac {
 
 class MacAlerts final : public Alerts {
   public:
-    void present(const AlertSpec& alert, std::function<void(long)> completion) override;
+    void present(const AlertDescription& alert, std::function<void(long)> completion) override;
 };
 
 }  // namespace quelto::mac

@@ -8,7 +8,7 @@
 
 namespace quelto::mac {
 
-void MacAlerts::present(const AlertSpec& desc, std::function<void(long)> completion) {
+void MacAlerts::present(const AlertDescription& desc, std::function<void(long)> completion) {
     auto done = std::make_shared<std::function<void(long)>>(std::move(completion));
     NSString* message = toNSString(desc.messageText);
     NSString* information = toNSString(desc.informativeText);

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "sim/SimDesktop.h"
-#include "tests/sim/Specs.h"
+#include "tests/sim/Descriptions.h"
 
 namespace quelto {
 namespace {

@@ -165,7 +165,7 @@ TEST_F(WatcherTest, MovedAndResizedRefreshTheFrame) {
     desktop.moveWindow(w, Point{300, 200});
     desktop.runDue();
     EXPECT_EQ(watcher->closeButtonFrames().at(ref(w)), (Rect{{306, 204}, {18, 20}}));
-    sim::CloseButtonSpec bigger;
+    sim::CloseButtonDescription bigger;
     bigger.frame = Rect{{310, 210}, {20, 20}};
     desktop.setCloseButton(w, bigger);
     desktop.resizeWindow(w, Size{900, 700});
@@ -376,7 +376,7 @@ TEST_F(WatcherTest, ResyncRetriesOnlyWindowsWithoutFrameAndWithoutFinalMiss) {
     ElementId chrome = addWindow("Chrome");
     ElementId unknownSubrole = addWindow("Panel");
     desktop.injectError(transient, "AXCloseButton", axerror::cannotComplete, 4);
-    sim::CloseButtonSpec off;
+    sim::CloseButtonDescription off;
     off.enabled = false;
     desktop.setCloseButton(disabled, off);
     desktop.failAttribute(chrome, "AXCloseButton", axerror::attributeUnsupported);

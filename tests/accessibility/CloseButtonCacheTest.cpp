@@ -13,8 +13,8 @@ using sim::ElementId;
 
 constexpr Date start{1767225600.0};
 
-sim::CloseButtonSpec buttonAt(Rect frame) {
-    sim::CloseButtonSpec desc;
+sim::CloseButtonDescription buttonAt(Rect frame) {
+    sim::CloseButtonDescription desc;
     desc.frame = frame;
     return desc;
 }
@@ -189,7 +189,7 @@ TEST_F(WatcherTest, DisabledButtonIsRecordedAndNeverRetriedBySchedule) {
     EXPECT_EQ(desktop.accessibilityReadCount(), 0u);
     // The button's number form reads the same way.
     desktop.setAttribute(desktop.closeButtonOf(w), "AXEnabled", AXValue(AXNumber{0}));
-    sim::CloseButtonSpec enabled;
+    sim::CloseButtonDescription enabled;
     desktop.setCloseButton(w, enabled);
     desktop.moveWindow(w, Point{1, 1});
     desktop.runDue();
@@ -275,7 +275,7 @@ TEST_F(WatcherTest, ExactlyOneOfFrameOrMissAfterEveryRefresh) {
     ElementId panel = addWindow("Panel");
     desktop.injectError(slow, "AXCloseButton", axerror::cannotComplete, 2);
     desktop.failAttribute(chrome, "AXCloseButton", axerror::attributeUnsupported);
-    sim::CloseButtonSpec disabled;
+    sim::CloseButtonDescription disabled;
     disabled.enabled = false;
     desktop.setCloseButton(off, disabled);
     desktop.failAttribute(desktop.closeButtonOf(noFrame), "AXSize", axerror::noValue);
@@ -292,7 +292,7 @@ TEST_F(WatcherTest, ExactlyOneOfFrameOrMissAfterEveryRefresh) {
     }
     // Now turn every window around and refresh again.
     desktop.clearAttribute(chrome, "AXCloseButton");
-    desktop.setCloseButton(off, sim::CloseButtonSpec{});
+    desktop.setCloseButton(off, sim::CloseButtonDescription{});
     desktop.clearAttribute(desktop.closeButtonOf(noFrame), "AXSize");
     desktop.setSubrole(panel, "AXStandardWindow");
     desktop.failAttribute(framed, "AXCloseButton", axerror::cannotComplete);
@@ -315,13 +315,13 @@ TEST_F(WatcherTest, LiveHitNeverRereadsCustomChromeAndRereadsDisabled) {
     ElementId chrome = addWindow("Chrome", Rect{{0, 0}, {300, 300}});
     ElementId off = addWindow("Off", Rect{{400, 0}, {300, 300}});
     desktop.failAttribute(chrome, "AXCloseButton", axerror::attributeUnsupported);
-    sim::CloseButtonSpec disabled;
+    sim::CloseButtonDescription disabled;
     disabled.enabled = false;
     desktop.setCloseButton(off, disabled);
     auto watcher = makeWatcher();
     desktop.resetCounters();
     // The disabled button comes back enabled; the live test finds it.
-    desktop.setCloseButton(off, sim::CloseButtonSpec{});
+    desktop.setCloseButton(off, sim::CloseButtonDescription{});
     Point onButton = desktop.closeButtonFrame(off)->origin;
     EXPECT_EQ(watcher->closeButtonHit(onButton), std::nullopt);
     EXPECT_EQ(watcher->liveCloseButtonHit(onButton), ref(off));

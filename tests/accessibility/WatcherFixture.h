@@ -12,7 +12,7 @@
 #include "accessibility/AppWatcher.h"
 #include "settings/Log.h"
 #include "sim/SimDesktop.h"
-#include "tests/sim/Specs.h"
+#include "tests/sim/Descriptions.h"
 #include "tests/support/LogCapture.h"
 
 namespace quelto::testing {

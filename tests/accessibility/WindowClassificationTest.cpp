@@ -10,7 +10,7 @@
 
 #include "accessibility/WindowRef.h"
 #include "sim/SimDesktop.h"
-#include "tests/sim/Specs.h"
+#include "tests/sim/Descriptions.h"
 
 namespace quelto {
 namespace {

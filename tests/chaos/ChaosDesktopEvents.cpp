@@ -135,7 +135,7 @@ void ChaosRun::stackOverCloseButton() {
     auto pid = randomRunningApp(random_.chance(0.1));
     if (!frame || !pid || desktop_->windowsOf(*pid).size() >= 8) return;
     // A window of any app right over the other's title bar, covering its red dot.
-    sim::WindowSpec desc;
+    sim::WindowDescription desc;
     desc.title = std::string(1, 'W').append(std::to_string(nextTitle_++));
     desc.frame = Rect{{frame->origin.x - random_.between(0.0, 40.0), frame->origin.y - 2},
                       {random_.between(200.0, 600.0), random_.between(150.0, 400.0)}};

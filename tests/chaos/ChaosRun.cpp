@@ -73,7 +73,7 @@ ChaosRun::ChaosRun(std::uint64_t seed)
                   "app.quelto.Quelto", "<none>"};
 
     // Quelto itself, as a regular application with windows of its own: a tempting target.
-    sim::AppSpec own;
+    sim::AppDescription own;
     own.pid = ownPid;
     own.bundleID = "app.quelto.Quelto";
     own.name = "Quelto";
@@ -130,7 +130,7 @@ std::optional<sim::ElementId> ChaosRun::randomWindow() {
 }
 
 void ChaosRun::startApp(bool withLaunchNotification) {
-    sim::AppSpec desc;
+    sim::AppDescription desc;
     desc.pid = nextPid_++;
     App app{desc.pid, "", ""};
     if (random_.chance(0.85)) {
@@ -171,7 +171,7 @@ void ChaosRun::startApp(bool withLaunchNotification) {
 
 void ChaosRun::addWindow(Pid pid) {
     if (desktop_->windowsOf(pid).size() >= maxWindowsPerApp) return;
-    sim::WindowSpec desc;
+    sim::WindowDescription desc;
     desc.title = "W" + std::to_string(nextTitle_++);
     if (random_.chance(0.05)) desc.role = "AXPanel";
     double subrole = random_.unit();
@@ -511,7 +511,7 @@ std::vector<ChaosRun::Event> ChaosRun::windowsAndSystem() {
         {1,
          [&] {
              if (auto window = randomWindow()) {
-                 sim::CloseButtonSpec button;
+                 sim::CloseButtonDescription button;
                  double kind = random_.unit();
                  if (kind < 0.3) {
                      button.enabled = false;

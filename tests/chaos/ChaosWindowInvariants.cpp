@@ -126,9 +126,9 @@ void ChaosRun::checkQuitDecision() {
         if (desktop_->isOrderedOut(window)) continue;
         // Nor one Accessibility does not count as a user window (a panel, a dialog, custom
         // chrome without a close button): such windows keep no app alive.
-        if (auto spec = desktop_->windowSpec(window);
-            !spec || spec->role != "AXWindow" ||
-            (spec->subrole && *spec->subrole != "AXStandardWindow") || !spec->closeButton.present)
+        if (auto desc = desktop_->windowDescription(window);
+            !desc || desc->role != "AXWindow" ||
+            (desc->subrole && *desc->subrole != "AXStandardWindow") || !desc->closeButton.present)
             continue;
         std::optional<Rect> frame = desktop_->windowFrame(window);
         if (!frame || frame->size.width < minimumCountedWindowSide ||

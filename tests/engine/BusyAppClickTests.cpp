@@ -14,7 +14,7 @@ class BusyAppClickTest : public EngineTest {
   protected:
     void SetUp() override {
         EngineTest::SetUp();
-        desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+        desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
     }
 };
 
@@ -38,7 +38,7 @@ TEST_F(BusyAppClickTest, AHungAppsCachedClickIsCreditedWithoutAskingIt) {
 }
 
 TEST_F(BusyAppClickTest, TwoKnownWindowsWithTheBoundsOnTopConfirmNothingWhileTheAppIsHung) {
-    sim::WindowSpec desc;
+    sim::WindowDescription desc;
     desc.title = "Front";
     auto front = addWindow(textEdit, desc);
     desc.title = "Back";

@@ -36,8 +36,8 @@ class CheapClickTest : public EngineTest {
     void SetUp() override {
         EngineTest::SetUp();
         for (Pid pid = 101; pid <= 103; ++pid) {
-            desktop.addApp(appSpec(pid, "com.example.App" + std::to_string(pid), "App"));
-            sim::WindowSpec slow;
+            desktop.addApp(appDescription(pid, "com.example.App" + std::to_string(pid), "App"));
+            sim::WindowDescription slow;
             slow.closeDelay = 60;
             slow.title = "First";
             windows.push_back(addWindow(pid, slow));

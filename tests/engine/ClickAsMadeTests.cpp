@@ -15,11 +15,11 @@ class ClickAsMadeTest : public EngineTest {
   protected:
     void SetUp() override {
         EngineTest::SetUp();
-        desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+        desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
     }
 
     sim::ElementId window(const std::string& title, Rect frame, int layer = 0) {
-        sim::WindowSpec desc;
+        sim::WindowDescription desc;
         desc.title = title;
         desc.frame = frame;
         desc.layer = layer;
@@ -80,8 +80,8 @@ TEST_F(ClickAsMadeTest, AMenuOverTheRedDotTakesTheClick) {
     startEngine();
     desktop.advance(10);
     Point dot = closeButtonCentre(notes);
-    desktop.showOverlay(
-        sim::OverlaySpec{"File menu", textEdit, {{dot.x - 20, dot.y - 20}, {240, 300}}, 101, 1});
+    desktop.showOverlay(sim::OverlayDescription{
+        "File menu", textEdit, {{dot.x - 20, dot.y - 20}, {240, 300}}, 101, 1});
     desktop.click(dot);
     EXPECT_TRUE(engine->clicks().empty());
     EXPECT_TRUE(desktop.isElementAlive(notes));
@@ -93,7 +93,7 @@ TEST_F(ClickAsMadeTest, ATransparentWindowTakesNoClick) {
     desktop.advance(10);
     Point dot = closeButtonCentre(notes);
     desktop.showOverlay(
-        sim::OverlaySpec{"Ghost", 77, {{dot.x - 20, dot.y - 20}, {100, 100}}, 25, 0});
+        sim::OverlayDescription{"Ghost", 77, {{dot.x - 20, dot.y - 20}, {100, 100}}, 25, 0});
     desktop.click(dot);
     EXPECT_TRUE(engine->clicks().recordOf(refOf(notes)));
 }
@@ -113,8 +113,8 @@ TEST_F(ClickAsMadeTest, QueltosOwnWindowOnTopIsNeverCreditedToTheWindowUnderneat
     startEngine();
     desktop.advance(10);
     Point dot = closeButtonCentre(notes);
-    desktop.addApp(appSpec(ownPid, "com.example.quelto", "Quelto"));
-    sim::WindowSpec settings;
+    desktop.addApp(appDescription(ownPid, "com.example.quelto", "Quelto"));
+    sim::WindowDescription settings;
     settings.title = "Quelto";
     settings.frame = {{dot.x - 50, dot.y - 50}, {400, 300}};
     desktop.addWindow(ownPid, settings);
@@ -127,7 +127,7 @@ TEST_F(ClickAsMadeTest, QueltosOwnWindowOnTopIsNeverCreditedToTheWindowUnderneat
 
 TEST_F(ClickAsMadeTest, AnOptionClickCarriesItsModifiersToEveryWindowItCloses) {
     auto letter = window("Letter", {{100, 100}, {500, 400}});
-    sim::WindowSpec saving;
+    sim::WindowDescription saving;
     saving.title = "Report";
     saving.frame = {{650, 100}, {500, 400}};
     saving.asksToSave = true;
@@ -165,7 +165,7 @@ TEST_F(ClickAsMadeTest, AnExpiredClickCountsForNothing) {
 }
 
 TEST_F(ClickAsMadeTest, ADialogHoldSurvivesChecksThatCannotRead) {
-    sim::WindowSpec saving;
+    sim::WindowDescription saving;
     saving.title = "Letter";
     saving.frame = {{100, 100}, {500, 400}};
     saving.asksToSave = true;

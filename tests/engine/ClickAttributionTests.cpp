@@ -13,19 +13,19 @@ class ClickAttributionTest : public EngineTest {
   protected:
     void SetUp() override {
         EngineTest::SetUp();
-        desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
-        desktop.addApp(appSpec(otherApp, "com.example.Other", "Other"));
+        desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
+        desktop.addApp(appDescription(otherApp, "com.example.Other", "Other"));
     }
 
     sim::ElementId slowWindow(Pid pid, const std::string& title, double closeDelay = 30) {
-        sim::WindowSpec desc;
+        sim::WindowDescription desc;
         desc.title = title;
         desc.closeDelay = closeDelay;
         return addWindow(pid, desc);
     }
 
     sim::ElementId savingWindow(Pid pid, const std::string& title) {
-        sim::WindowSpec desc;
+        sim::WindowDescription desc;
         desc.title = title;
         desc.asksToSave = true;
         return addWindow(pid, desc);
@@ -34,14 +34,14 @@ class ClickAttributionTest : public EngineTest {
     // A window whose close button the watcher reads as disabled, so that no frame is cached
     // for it; enableOnScreen() later turns it on without the watcher noticing.
     sim::ElementId disabledWindow(Pid pid, const std::string& title) {
-        sim::WindowSpec desc;
+        sim::WindowDescription desc;
         desc.title = title;
         desc.closeButton.enabled = false;
         return addWindow(pid, desc);
     }
 
     void enableOnScreen(sim::ElementId window) {
-        desktop.setCloseButton(window, sim::CloseButtonSpec{});
+        desktop.setCloseButton(window, sim::CloseButtonDescription{});
     }
 };
 

@@ -19,13 +19,13 @@ class ClickConfirmationTest : public EngineTest {
   protected:
     void SetUp() override {
         EngineTest::SetUp();
-        desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
-        desktop.addApp(appSpec(otherApp, "com.example.Other", "Other"));
+        desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
+        desktop.addApp(appDescription(otherApp, "com.example.Other", "Other"));
     }
 
     sim::ElementId windowAt(Pid pid, const std::string& title, Rect frame,
                             bool closeButtonEnabled = true) {
-        sim::WindowSpec desc;
+        sim::WindowDescription desc;
         desc.title = title;
         desc.frame = frame;
         desc.closeButton.enabled = closeButtonEnabled;
@@ -207,7 +207,7 @@ TEST_F(ClickConfirmationTest, AnUnconfirmedCachedHitLeavesTheLivePassToFindTheBu
     desktop.advance(10);
     desktop.hideApp(textEdit);
     desktop.setFrontmost(otherApp);
-    desktop.setCloseButton(front, sim::CloseButtonSpec{});
+    desktop.setCloseButton(front, sim::CloseButtonDescription{});
     ASSERT_EQ(watcherOf(textEdit)->closeButtonFrames().count(refOf(hidden)), 1u);
     ASSERT_EQ(watcherOf(otherApp)->closeButtonFrames().count(refOf(front)), 0u);
 

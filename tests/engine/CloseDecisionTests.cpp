@@ -13,7 +13,7 @@ class CloseDecisionTest : public EngineTest {
   protected:
     void SetUp() override {
         EngineTest::SetUp();
-        desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+        desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
     }
 
     // Started, then past the attach grace.
@@ -128,7 +128,7 @@ TEST_F(CloseDecisionTest, KeyboardCloseThreeSecondsAfterAttachingIsTooSoon) {
 }
 
 TEST_F(CloseDecisionTest, TheGraceRoundsItsSecondsToOneDecimalAndEndsAtFiveSeconds) {
-    desktop.addApp(appSpec(102, "com.apple.Maps", "Maps"));
+    desktop.addApp(appDescription(102, "com.apple.Maps", "Maps"));
     auto notes = addWindow(textEdit, "Notes");
     auto map = addWindow(102, "Map");
     startEngine();
@@ -156,7 +156,7 @@ TEST_F(CloseDecisionTest, TheGraceRoundsItsSecondsToOneDecimalAndEndsAtFiveSecon
 }
 
 TEST_F(CloseDecisionTest, TheGraceNamesTheApplicationLiterally) {
-    desktop.addApp(appSpec(102, "com.example.Sale", "100% Off %@ %s"));
+    desktop.addApp(appDescription(102, "com.example.Sale", "100% Off %@ %s"));
     auto w = addWindow(102, "Deals");
     startEngine();
     desktop.advance(1);
@@ -221,7 +221,7 @@ TEST_F(CloseDecisionTest, TheRemainingWindowsAreOnlyTheUserWindows) {
     addWindow(textEdit, "Keep");
     auto two = addWindow(textEdit, "Two");
     desktop.showDialog(textEdit, "AXFloatingWindow", "Palette");
-    sim::WindowSpec chromeless;
+    sim::WindowDescription chromeless;
     chromeless.title = "Chromeless";
     chromeless.closeButton.present = false;
     addWindow(textEdit, chromeless);
@@ -273,7 +273,7 @@ TEST_F(CloseDecisionTest, OptionHeldWithTheOptionEscapeClosesEverythingWithoutQu
 }
 
 TEST_F(CloseDecisionTest, TheEscapeUsesTheModifiersOfTheClickConsumedLast) {
-    sim::WindowSpec desc;
+    sim::WindowDescription desc;
     desc.closeDelay = 0.2;
     desc.title = "A";
     auto a = addWindow(textEdit, desc);
@@ -289,7 +289,7 @@ TEST_F(CloseDecisionTest, TheEscapeUsesTheModifiersOfTheClickConsumedLast) {
 }
 
 TEST_F(CloseDecisionTest, TheEscapeUsesTheModifiersOfTheClickConsumedLastEvenWhenShifted) {
-    sim::WindowSpec desc;
+    sim::WindowDescription desc;
     desc.closeDelay = 0.2;
     desc.title = "A";
     auto a = addWindow(textEdit, desc);
@@ -315,7 +315,7 @@ TEST_F(CloseDecisionTest, ACloseWithoutAClickNeverEscapes) {
 }
 
 TEST_F(CloseDecisionTest, AnExpiredClickCarriesNoModifiers) {
-    sim::WindowSpec slow;
+    sim::WindowDescription slow;
     slow.title = "Slow";
     slow.closeDelay = 2.5;
     auto w = addWindow(textEdit, slow);
@@ -390,7 +390,7 @@ TEST_F(CloseDecisionTest, ARedDotCloseAndAPlainCloseGatheredTogetherCountAsTheRe
 
 TEST_F(CloseDecisionTest, AProtectedBundleIsAlwaysProtectedWhateverTheSettings) {
     writeConfig("live = false\nmode = red-dot\nescape = shift\narm = *\n");
-    desktop.addApp(appSpec(102, "com.apple.finder", "Finder"));
+    desktop.addApp(appDescription(102, "com.apple.finder", "Finder"));
     auto w = addWindow(102, "Home");
     startAndSettle();
     clickClose(w, modifier::shift);
@@ -414,7 +414,7 @@ TEST_F(CloseDecisionTest, AProtectedBundleIsAlwaysProtectedWhateverTheSettings) 
 }
 
 TEST_F(CloseDecisionTest, AProtectedBundleIsDecidedEvenTooSoonAfterAttaching) {
-    desktop.addApp(appSpec(102, "com.apple.FaceTime", "FaceTime"));
+    desktop.addApp(appDescription(102, "com.apple.FaceTime", "FaceTime"));
     auto w = addWindow(102, "Call");
     startEngine();
     keyboardClose(w);
@@ -470,7 +470,7 @@ TEST_F(CloseDecisionTest, NothingArmedIsADryRun) {
 }
 
 TEST_F(CloseDecisionTest, AWindowWhoseCloseButtonWasDisabledWasClosedByTheApp) {
-    sim::WindowSpec desc;
+    sim::WindowDescription desc;
     desc.title = "Progress";
     desc.closeButton.enabled = false;
     auto w = addWindow(textEdit, desc);
@@ -490,7 +490,7 @@ TEST_F(CloseDecisionTest, AWindowWhoseCloseButtonWasDisabledWasClosedByTheApp) {
 }
 
 TEST_F(CloseDecisionTest, ADisabledButtonGatheredWithACachedOneIsNotTheDisabledCase) {
-    sim::WindowSpec desc;
+    sim::WindowDescription desc;
     desc.title = "Progress";
     desc.closeButton.enabled = false;
     auto progress = addWindow(textEdit, desc);
@@ -537,7 +537,7 @@ TEST_F(CloseDecisionTest, WithoutAnyMissReasonTheCauseSaysNoCachedCloseButton) {
 }
 
 TEST_F(CloseDecisionTest, TheReportGathersEveryFieldInOrder) {
-    sim::WindowSpec slow;
+    sim::WindowDescription slow;
     slow.closeDelay = 60;
     slow.title = "A";
     auto a = addWindow(textEdit, slow);

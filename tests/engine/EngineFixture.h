@@ -45,9 +45,9 @@ inline EngineContext withWorkspace(const EngineContext& context, Workspace& work
                          .journal = context.journal};
 }
 
-inline sim::AppSpec appSpec(Pid pid, std::optional<std::string> bundleID,
-                            std::optional<std::string> name) {
-    sim::AppSpec desc;
+inline sim::AppDescription appDescription(Pid pid, std::optional<std::string> bundleID,
+                                          std::optional<std::string> name) {
+    sim::AppDescription desc;
     desc.pid = pid;
     desc.bundleID = std::move(bundleID);
     desc.name = std::move(name);
@@ -95,12 +95,12 @@ class EngineTest : public ::testing::Test {
 
     // Windows are laid out side by side so that no window covers another's close button.
     sim::ElementId addWindow(Pid pid, const std::string& title, bool notify = true) {
-        sim::WindowSpec desc;
+        sim::WindowDescription desc;
         desc.title = title;
         return addWindow(pid, desc, notify);
     }
 
-    sim::ElementId addWindow(Pid pid, sim::WindowSpec desc, bool notify = true) {
+    sim::ElementId addWindow(Pid pid, sim::WindowDescription desc, bool notify = true) {
         desc.frame.origin = {100.0 + 1000.0 * (placed_ % 8), 100.0 + 800.0 * (placed_ / 8)};
         ++placed_;
         auto id = desktop.addWindow(pid, desc, notify);

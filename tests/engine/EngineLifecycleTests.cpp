@@ -23,20 +23,20 @@ TEST_F(EngineLifecycleTest, ConstructionIsInert) {
 }
 
 TEST_F(EngineLifecycleTest, StartUpReportListsEveryCandidateWithItsMarkAndWindows) {
-    desktop.addApp(appSpec(101, "com.apple.TextEdit", "TextEdit"));
+    desktop.addApp(appDescription(101, "com.apple.TextEdit", "TextEdit"));
     addWindow(101, "Notes");
     addWindow(101, "Draft");
-    desktop.addApp(appSpec(102, std::nullopt, "Scratch"));
-    auto agent = appSpec(103, "com.example.Agent", "Agent");
+    desktop.addApp(appDescription(102, std::nullopt, "Scratch"));
+    auto agent = appDescription(103, "com.example.Agent", "Agent");
     agent.policy = ActivationPolicy::accessory;
     desktop.addApp(agent);
-    auto daemon = appSpec(104, "com.example.Daemon", "Daemon");
+    auto daemon = appDescription(104, "com.example.Daemon", "Daemon");
     daemon.policy = ActivationPolicy::prohibited;
     desktop.addApp(daemon);
-    desktop.addApp(appSpec(ownPid, "app.quelto.Quelto", "Quelto"));
-    desktop.addApp(appSpec(105, "com.example.Nameless", std::nullopt));
+    desktop.addApp(appDescription(ownPid, "app.quelto.Quelto", "Quelto"));
+    desktop.addApp(appDescription(105, "com.example.Nameless", std::nullopt));
     addWindow(105, "Only");
-    auto broken = appSpec(106, "com.example.Broken", "Broken");
+    auto broken = appDescription(106, "com.example.Broken", "Broken");
     broken.observerError = axerror::cannotComplete;
     desktop.addApp(broken);
 
@@ -67,10 +67,10 @@ TEST_F(EngineLifecycleTest, StartUpReportListsEveryCandidateWithItsMarkAndWindow
 }
 
 TEST_F(EngineLifecycleTest, StartUpWithNoCandidatesLogsZeroAndThenOnlyTheHint) {
-    auto agent = appSpec(103, "com.example.Agent", "Agent");
+    auto agent = appDescription(103, "com.example.Agent", "Agent");
     agent.policy = ActivationPolicy::accessory;
     desktop.addApp(agent);
-    desktop.addApp(appSpec(ownPid, "app.quelto.Quelto", "Quelto"));
+    desktop.addApp(appDescription(ownPid, "app.quelto.Quelto", "Quelto"));
 
     startEngine(true);
 
@@ -131,7 +131,7 @@ TEST_F(EngineLifecycleTest, StartWritesTheTemplateWhenTheFileIsMissing) {
 }
 
 TEST_F(EngineLifecycleTest, OwnProcessNeverGetsAWatcherAtStartUp) {
-    desktop.addApp(appSpec(ownPid, "app.quelto.Quelto", "Quelto"));
+    desktop.addApp(appDescription(ownPid, "app.quelto.Quelto", "Quelto"));
     addWindow(ownPid, "Settings");
     startEngine();
     EXPECT_FALSE(watcherOf(ownPid));
@@ -140,7 +140,7 @@ TEST_F(EngineLifecycleTest, OwnProcessNeverGetsAWatcherAtStartUp) {
 
 TEST_F(EngineLifecycleTest, OwnProcessNeverGetsAWatcherOnALaunchNotification) {
     startEngine();
-    desktop.launchApp(appSpec(ownPid, "app.quelto.Quelto", "Quelto"));
+    desktop.launchApp(appDescription(ownPid, "app.quelto.Quelto", "Quelto"));
     desktop.runDue();
     engine->appLaunched(desktop.runningApplication(ownPid));
     desktop.advance(1.0);
@@ -151,7 +151,7 @@ TEST_F(EngineLifecycleTest, OwnProcessNeverGetsAWatcherOnALaunchNotification) {
 TEST_F(EngineLifecycleTest, ALaunchedApplicationIsWatchedHalfASecondLater) {
     startEngine();
     desktop.advance(1.0);
-    auto maps = appSpec(201, "com.apple.Maps", "Maps");
+    auto maps = appDescription(201, "com.apple.Maps", "Maps");
     desktop.launchApp(maps);
     desktop.runDue();
     desktop.advance(0.499);
@@ -164,7 +164,7 @@ TEST_F(EngineLifecycleTest, ALaunchedApplicationIsWatchedHalfASecondLater) {
 
 TEST_F(EngineLifecycleTest, ALaunchedApplicationWithoutANameIsNamedByItsPid) {
     startEngine();
-    desktop.launchApp(appSpec(202, "com.example.Quiet", std::nullopt));
+    desktop.launchApp(appDescription(202, "com.example.Quiet", std::nullopt));
     desktop.advance(0.5);
     EXPECT_TRUE(watcherOf(202));
     EXPECT_EQ(takeLog(), (Lines{"00:00:00.500  now watching pid 202"}));
@@ -172,10 +172,10 @@ TEST_F(EngineLifecycleTest, ALaunchedApplicationWithoutANameIsNamedByItsPid) {
 
 TEST_F(EngineLifecycleTest, LaunchesOfAccessoryOrBackgroundApplicationsAreIgnored) {
     startEngine();
-    auto agent = appSpec(203, "com.example.Agent", "Agent");
+    auto agent = appDescription(203, "com.example.Agent", "Agent");
     agent.policy = ActivationPolicy::accessory;
     desktop.launchApp(agent);
-    auto daemon = appSpec(204, "com.example.Daemon", "Daemon");
+    auto daemon = appDescription(204, "com.example.Daemon", "Daemon");
     daemon.policy = ActivationPolicy::prohibited;
     desktop.launchApp(daemon);
     desktop.advance(1.0);
@@ -185,7 +185,7 @@ TEST_F(EngineLifecycleTest, LaunchesOfAccessoryOrBackgroundApplicationsAreIgnore
 
 TEST_F(EngineLifecycleTest, ALaunchWhoseWatcherIsRefusedLogsNothing) {
     startEngine();
-    auto broken = appSpec(205, "com.example.Broken", "Broken");
+    auto broken = appDescription(205, "com.example.Broken", "Broken");
     broken.observerError = axerror::cannotComplete;
     desktop.launchApp(broken);
     desktop.advance(1.0);
@@ -194,7 +194,7 @@ TEST_F(EngineLifecycleTest, ALaunchWhoseWatcherIsRefusedLogsNothing) {
 }
 
 TEST_F(EngineLifecycleTest, ALaunchForATrackedPidKeepsTheWatcherAndStillLogs) {
-    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+    desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
     startEngine();
     auto before = watcherOf(textEdit);
     ASSERT_TRUE(before);
@@ -216,7 +216,7 @@ TEST_F(EngineLifecycleTest, NotificationsWithoutAnApplicationAreIgnored) {
 TEST_F(EngineLifecycleTest, LaunchAndTerminationWithinHalfASecond) {
     startEngine();
     desktop.advance(1.0);
-    desktop.launchApp(appSpec(206, "com.apple.Maps", "Maps"));
+    desktop.launchApp(appDescription(206, "com.apple.Maps", "Maps"));
     desktop.runDue();
     desktop.advance(0.2);
     desktop.terminateApp(206);
@@ -235,7 +235,7 @@ TEST_F(EngineLifecycleTest, LaunchAndTerminationWithinHalfASecond) {
 }
 
 TEST_F(EngineLifecycleTest, ATerminatedApplicationIsForgottenAtOnce) {
-    auto declining = appSpec(textEdit, "com.apple.TextEdit", "TextEdit");
+    auto declining = appDescription(textEdit, "com.apple.TextEdit", "TextEdit");
     declining.declinesQuit = true;
     desktop.addApp(declining);
     auto notes = addWindow(textEdit, "Notes");
@@ -256,16 +256,16 @@ TEST_F(EngineLifecycleTest, ATerminatedApplicationIsForgottenAtOnce) {
 }
 
 TEST_F(EngineLifecycleTest, TerminationOfAnUntrackedApplicationWithNoClicksChangesNothing) {
-    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
-    sim::WindowSpec slow;
+    desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
+    sim::WindowDescription slow;
     slow.title = "Slow";
     slow.closeDelay = 30;
     auto window = addWindow(textEdit, slow);
-    auto preview = appSpec(104, "com.apple.Preview", "Preview");
+    auto preview = appDescription(104, "com.apple.Preview", "Preview");
     preview.declinesQuit = true;
     desktop.addApp(preview);
     auto page = addWindow(104, "Page");
-    auto agent = appSpec(103, "com.example.Agent", "Agent");
+    auto agent = appDescription(103, "com.example.Agent", "Agent");
     agent.policy = ActivationPolicy::accessory;
     desktop.addApp(agent);
     startEngine();
@@ -295,7 +295,7 @@ TEST_F(EngineLifecycleTest, TerminationOfAnUntrackedApplicationWithNoClicksChang
 }
 
 TEST_F(EngineLifecycleTest, AnApplicationQuittingWithAPendingDecisionDropsTheReport) {
-    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+    desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
     auto notes = addWindow(textEdit, "Notes");
     addWindow(textEdit, "Draft");
     startEngine();
@@ -321,8 +321,8 @@ TEST_F(EngineLifecycleTest, AnApplicationQuittingWithAPendingDecisionDropsTheRep
 }
 
 TEST_F(EngineLifecycleTest, AnApplicationQuittingWithAnUnexpiredClickSaysTheRedDotWasClicked) {
-    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
-    sim::WindowSpec asks;
+    desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
+    sim::WindowDescription asks;
     asks.title = "Letter";
     asks.asksToSave = true;
     auto letter = addWindow(textEdit, asks);
@@ -345,8 +345,8 @@ TEST_F(EngineLifecycleTest, AnApplicationQuittingWithAnUnexpiredClickSaysTheRedD
 }
 
 TEST_F(EngineLifecycleTest, AnExpiredClickDoesNotCountAsInFlight) {
-    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
-    sim::WindowSpec slow;
+    desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
+    sim::WindowDescription slow;
     slow.title = "Slow";
     slow.closeDelay = 30;
     auto window = addWindow(textEdit, slow);
@@ -363,9 +363,9 @@ TEST_F(EngineLifecycleTest, AnExpiredClickDoesNotCountAsInFlight) {
 }
 
 TEST_F(EngineLifecycleTest, TerminationRemovesOnlyThatApplicationsClicks) {
-    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
-    desktop.addApp(appSpec(102, "com.example.Other", "Other"));
-    sim::WindowSpec slow;
+    desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
+    desktop.addApp(appDescription(102, "com.example.Other", "Other"));
+    sim::WindowDescription slow;
     slow.closeDelay = 30;
     slow.title = "A";
     auto a = addWindow(textEdit, slow);

@@ -22,19 +22,19 @@ class FreshProcessTest : public EngineTest {
 
     // Preview is launched and quits within 0.3 s; Music then starts under the same pid.
     void previewQuitsAndMusicReusesItsPid() {
-        desktop.launchApp(appSpec(reused, "com.apple.Preview", "Preview"));
+        desktop.launchApp(appDescription(reused, "com.apple.Preview", "Preview"));
         desktop.runDue();
         desktop.advance(0.2);
         desktop.terminateApp(reused);
         desktop.runDue();
         desktop.advance(0.1);  // 00:00:01.300
-        desktop.launchApp(appSpec(reused, "com.apple.Music", "Music"));
+        desktop.launchApp(appDescription(reused, "com.apple.Music", "Music"));
         desktop.runDue();
     }
 };
 
 TEST_F(FreshProcessTest, TheDelayedAttachDoesNothingForAnAppAlreadyGone) {
-    desktop.launchApp(appSpec(206, "com.apple.Maps", "Maps"));
+    desktop.launchApp(appDescription(206, "com.apple.Maps", "Maps"));
     desktop.runDue();
     desktop.advance(0.2);
     desktop.terminateApp(206);
@@ -110,13 +110,13 @@ TEST(FreshProcess, AWatcherLeftForADeadProcessIsReplacedAtTheNewLaunch) {
     engine->start();
     desktop.runDue();
 
-    auto preview = appSpec(reused, "com.apple.Preview", "Preview");
+    auto preview = appDescription(reused, "com.apple.Preview", "Preview");
     preview.declinesQuit = true;
     desktop.launchApp(preview);
     desktop.runDue();
-    sim::WindowSpec pageSpec;
-    pageSpec.title = "Page";
-    auto page = desktop.addWindow(reused, pageSpec);
+    sim::WindowDescription pageDescription;
+    pageDescription.title = "Page";
+    auto page = desktop.addWindow(reused, pageDescription);
     desktop.advance(0.5);
     auto stale = engine->apps().watcherOf(reused);
     ASSERT_TRUE(stale);
@@ -131,10 +131,10 @@ TEST(FreshProcess, AWatcherLeftForADeadProcessIsReplacedAtTheNewLaunch) {
     desktop.click(centre(page));
     desktop.advance(0.5);
     ASSERT_TRUE(engine->quits().lastRequest(reused));
-    sim::WindowSpec slowSpec;
-    slowSpec.title = "Slow";
-    slowSpec.closeDelay = 30;
-    auto slow = desktop.addWindow(reused, slowSpec);
+    sim::WindowDescription slowDescription;
+    slowDescription.title = "Slow";
+    slowDescription.closeDelay = 30;
+    auto slow = desktop.addWindow(reused, slowDescription);
     desktop.runDue();
     desktop.click(centre(slow));
     ASSERT_TRUE(engine->clicks().recordOf(WindowRef{desktop.element(slow)}));
@@ -144,7 +144,7 @@ TEST(FreshProcess, AWatcherLeftForADeadProcessIsReplacedAtTheNewLaunch) {
     workspace.deaf = false;
     LogCapture::shared().take();
 
-    desktop.launchApp(appSpec(reused, "com.apple.Music", "Music"));
+    desktop.launchApp(appDescription(reused, "com.apple.Music", "Music"));
     desktop.runDue();
     desktop.advance(0.5);
     EXPECT_EQ(LogCapture::shared().take(), (Lines{"00:00:01.500  now watching Music"}));
@@ -161,7 +161,7 @@ TEST(FreshProcess, AWatcherLeftForADeadProcessIsReplacedAtTheNewLaunch) {
 }
 
 TEST_F(FreshProcessTest, ALaunchNotificationForTheSameLiveProcessKeepsItsWatcher) {
-    desktop.launchApp(appSpec(reused, "com.apple.Preview", "Preview"));
+    desktop.launchApp(appDescription(reused, "com.apple.Preview", "Preview"));
     desktop.runDue();
     desktop.advance(0.5);
     auto first = watcherOf(reused);

@@ -34,8 +34,8 @@ TEST_F(HungAppTest, TheStartSetsTheSystemWideTimeOutToOneSecond) {
 
 TEST_F(HungAppTest, AHungAppHoldsTheMainThreadSecondsNotMinutes) {
     constexpr Pid pages = 102;
-    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
-    desktop.addApp(appSpec(pages, "com.apple.iWork.Pages", "Pages"));
+    desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
+    desktop.addApp(appDescription(pages, "com.apple.iWork.Pages", "Pages"));
     auto letter = addWindow(pages, "Letter");
     addWindow(pages, "Draft");
     auto notes = addWindow(textEdit, "Notes");

@@ -10,7 +10,7 @@ using InvariantTest = EngineTest;
 
 TEST_F(InvariantTest, QueltoNeverWatchesOrQuitsItself) {
     writeConfig("live = true\nmode = red-dot\narm = *\n");
-    desktop.addApp(appSpec(ownPid, "app.quelto.Quelto", "Quelto"));
+    desktop.addApp(appDescription(ownPid, "app.quelto.Quelto", "Quelto"));
     auto settings = addWindow(ownPid, "Quelto Settings");
     desktop.setFrontmost(ownPid);
     startEngine();
@@ -41,7 +41,7 @@ TEST_F(InvariantTest, NoBundleOfTheNeverQuitListIsEverQuit) {
     Pid pid = 300;
     std::vector<sim::ElementId> windows;
     for (const std::string& id : neverQuitBundleIDs()) {
-        desktop.addApp(appSpec(pid, id, "App " + id));
+        desktop.addApp(appDescription(pid, id, "App " + id));
         windows.push_back(addWindow(pid, "Main"));
         addWindow(pid, "Second");
         ++pid;
@@ -68,8 +68,8 @@ TEST_F(InvariantTest, NoBundleOfTheNeverQuitListIsEverQuit) {
 }
 
 TEST_F(InvariantTest, NothingIsQuitWhileTheSwitchIsOff) {
-    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
-    desktop.addApp(appSpec(102, "com.apple.Maps", "Maps"));
+    desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
+    desktop.addApp(appDescription(102, "com.apple.Maps", "Maps"));
     auto notes = addWindow(textEdit, "Notes");
     auto draft = addWindow(textEdit, "Draft");
     auto map = addWindow(102, "Map");
@@ -98,7 +98,7 @@ TEST_F(InvariantTest, NothingIsQuitWhileTheSwitchIsOff) {
 TEST_F(InvariantTest, EveryQuitIsAPoliteRequestNeverAForcedOne) {
     writeConfig("live = true\nmode = red-dot\narm = *\n");
     for (Pid pid = 101; pid <= 104; ++pid) {
-        auto desc = appSpec(pid, "com.example.App" + std::to_string(pid), "App");
+        auto desc = appDescription(pid, "com.example.App" + std::to_string(pid), "App");
         desc.declinesQuit = pid % 2 == 0;
         desktop.addApp(desc);
         addWindow(pid, "A");

@@ -10,11 +10,11 @@ class OtherSpacesTest : public EngineTest {
   protected:
     void SetUp() override {
         EngineTest::SetUp();
-        desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+        desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
     }
 
     sim::ElementId window(const std::string& title, Rect frame, int space = 0) {
-        sim::WindowSpec desc;
+        sim::WindowDescription desc;
         desc.title = title;
         desc.frame = frame;
         desc.space = space;
@@ -129,8 +129,8 @@ TEST_F(OtherSpacesTest, RedDotModeIsUnchangedAndNeverAsksTheWindowServer) {
 }
 
 TEST_F(OtherSpacesTest, ANeverQuitAppIsDecidedWithoutAskingTheWindowServer) {
-    desktop.addApp(appSpec(103, "com.apple.finder", "Finder"));
-    sim::WindowSpec desc;
+    desktop.addApp(appDescription(103, "com.apple.finder", "Finder"));
+    sim::WindowDescription desc;
     desc.title = "Home";
     auto home = desktop.addWindow(103, desc);
     desktop.runDue();

@@ -11,8 +11,8 @@ class RenewalTimingTest : public EngineTest {
   protected:
     void SetUp() override {
         EngineTest::SetUp();
-        desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
-        sim::WindowSpec desc;
+        desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
+        sim::WindowDescription desc;
         desc.title = "Letter";
         desc.asksToSave = true;
         letter = addWindow(textEdit, desc);

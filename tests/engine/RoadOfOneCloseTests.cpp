@@ -11,7 +11,7 @@ using RoadOfOneCloseTest = EngineTest;
 
 TEST_F(RoadOfOneCloseTest, FromTheClickToQuitCleanly) {
     writeConfig("# Quelto configuration\nlive = true\nmode = last-window\narm = *\n");
-    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+    desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
     auto notes = addWindow(textEdit, "Notes");
     desktop.setFrontmost(textEdit);
 
@@ -60,7 +60,7 @@ TEST_F(RoadOfOneCloseTest, FromTheClickToQuitCleanly) {
 TEST_F(RoadOfOneCloseTest, ALaunchedApplicationIsFollowedFromItsLaunchToItsQuit) {
     startEngine();
     desktop.advance(2);
-    desktop.launchApp(appSpec(201, "com.apple.Maps", "Maps"));
+    desktop.launchApp(appDescription(201, "com.apple.Maps", "Maps"));
     auto map = addWindow(201, "Map");
     desktop.advance(0.5);
     desktop.advance(10);
@@ -80,7 +80,7 @@ TEST_F(RoadOfOneCloseTest, ALaunchedApplicationIsFollowedFromItsLaunchToItsQuit)
 }
 
 TEST_F(RoadOfOneCloseTest, AnAppThatQuitsItselfDuringTheGatheringGetsNoReport) {
-    auto desc = appSpec(textEdit, "com.apple.TextEdit", "TextEdit");
+    auto desc = appDescription(textEdit, "com.apple.TextEdit", "TextEdit");
     desc.quitsWithLastWindow = true;
     desktop.addApp(desc);
     auto notes = addWindow(textEdit, "Notes");
@@ -102,8 +102,8 @@ TEST_F(RoadOfOneCloseTest, AnAppThatQuitsItselfDuringTheGatheringGetsNoReport) {
 
 TEST_F(RoadOfOneCloseTest, AHandEditBetweenTwoDecisionsTakesEffectWithoutARestart) {
     writeConfig("live = false\nmode = last-window\narm = *\n");
-    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
-    desktop.addApp(appSpec(102, "com.apple.Maps", "Maps"));
+    desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
+    desktop.addApp(appDescription(102, "com.apple.Maps", "Maps"));
     auto notes = addWindow(textEdit, "Notes");
     auto map = addWindow(102, "Map");
     startEngine();
@@ -128,7 +128,7 @@ TEST_F(RoadOfOneCloseTest, AHandEditBetweenTwoDecisionsTakesEffectWithoutARestar
 }
 
 TEST_F(RoadOfOneCloseTest, AHandEditOfTheModeIsSeenByTheNextClose) {
-    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+    desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
     auto a = addWindow(textEdit, "A");
     auto b = addWindow(textEdit, "B");
     addWindow(textEdit, "C");
@@ -147,7 +147,7 @@ TEST_F(RoadOfOneCloseTest, AHandEditOfTheModeIsSeenByTheNextClose) {
 }
 
 TEST_F(RoadOfOneCloseTest, TheJournalChangeIsAnnouncedForEveryDecision) {
-    desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+    desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
     auto a = addWindow(textEdit, "A");
     auto b = addWindow(textEdit, "B");
     int posts = 0;

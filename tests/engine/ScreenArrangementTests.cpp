@@ -12,7 +12,7 @@ class ScreenArrangementTest : public EngineTest {
   protected:
     void SetUp() override {
         EngineTest::SetUp();
-        desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+        desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
     }
 };
 

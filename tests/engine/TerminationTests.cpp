@@ -64,7 +64,7 @@ class TerminationTest : public EngineTest {
     void SetUp() override {
         EngineTest::SetUp();
         writeConfig("live = true\nmode = red-dot\narm = *\n");
-        auto desc = appSpec(textEdit, "com.apple.TextEdit", "TextEdit");
+        auto desc = appDescription(textEdit, "com.apple.TextEdit", "TextEdit");
         desc.declinesQuit = true;
         desktop.addApp(desc);
         for (const char* title : {"One", "Two", "Three"})

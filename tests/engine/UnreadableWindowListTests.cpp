@@ -13,7 +13,7 @@ class UnreadableWindowListTest : public EngineTest {
   protected:
     void SetUp() override {
         EngineTest::SetUp();
-        desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+        desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
         notes = addWindow(textEdit, "Notes");
         draft = addWindow(textEdit, "Draft");
         startEngine();

@@ -13,7 +13,7 @@ class WindowInventoryTest : public EngineTest {
   protected:
     void SetUp() override {
         EngineTest::SetUp();
-        desktop.addApp(appSpec(textEdit, "com.apple.TextEdit", "TextEdit"));
+        desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
         notes = addWindow(textEdit, "Notes");
         draft = addWindow(textEdit, "Draft");
     }
@@ -145,7 +145,7 @@ TEST_F(WindowInventoryTest, AnAppThatIsNoLongerRegularAtTheDecisionIsKeptRunning
 }
 
 TEST_F(WindowInventoryTest, TheNeverQuitListStillComesFirst) {
-    desktop.addApp(appSpec(102, "com.apple.finder", "Finder"));
+    desktop.addApp(appDescription(102, "com.apple.finder", "Finder"));
     sim::ElementId window = addWindow(102, "Home");
     startEngine();
     desktop.advance(10);
@@ -157,7 +157,7 @@ TEST_F(WindowInventoryTest, TheNeverQuitListStillComesFirst) {
 }
 
 TEST_F(WindowInventoryTest, AnAppThatBecomesRegularIsWatchedWhenActivated) {
-    sim::AppSpec meter = appSpec(103, "com.example.Meter", "Meter");
+    sim::AppDescription meter = appDescription(103, "com.example.Meter", "Meter");
     meter.policy = ActivationPolicy::accessory;
     desktop.addApp(meter);
     startEngine();
@@ -174,14 +174,14 @@ TEST_F(WindowInventoryTest, AnAppThatBecomesRegularIsWatchedWhenActivated) {
 }
 
 TEST_F(WindowInventoryTest, ASpaceSwitchCatchesUpTheWatchersOfAppsShownThere) {
-    sim::WindowSpec onTwo;
+    sim::WindowDescription onTwo;
     onTwo.title = "Elsewhere";
     onTwo.space = 2;
     sim::ElementId elsewhere = addWindow(textEdit, onTwo);
     // Another app's window in front on Space 2: TextEdit stays in the background there.
-    desktop.addApp(appSpec(104, "com.apple.Safari", "Safari"));
+    desktop.addApp(appDescription(104, "com.apple.Safari", "Safari"));
     desktop.setFrontmost(textEdit);
-    sim::WindowSpec safari;
+    sim::WindowDescription safari;
     safari.title = "Docs";
     safari.space = 2;
     addWindow(104, safari);
@@ -195,8 +195,8 @@ TEST_F(WindowInventoryTest, ASpaceSwitchCatchesUpTheWatchersOfAppsShownThere) {
 }
 
 TEST_F(WindowInventoryTest, ASpaceSwitchReadsNothingOfAppsThatShowNothingThere) {
-    desktop.addApp(appSpec(104, "com.apple.Safari", "Safari"));
-    sim::WindowSpec safari;
+    desktop.addApp(appDescription(104, "com.apple.Safari", "Safari"));
+    sim::WindowDescription safari;
     safari.title = "Docs";
     safari.space = 2;
     addWindow(104, safari);
@@ -219,7 +219,7 @@ TEST_F(WindowInventoryTest, AnOrderedOutWindowIsNotCountedElsewhere) {
 }
 
 TEST_F(WindowInventoryTest, AUserWindowOnAnotherSpaceStillCounts) {
-    sim::WindowSpec onTwo;
+    sim::WindowDescription onTwo;
     onTwo.title = "Elsewhere";
     onTwo.space = 2;
     addWindow(textEdit, onTwo);
@@ -234,7 +234,7 @@ TEST_F(WindowInventoryTest, AUserWindowOnAnotherSpaceStillCounts) {
 }
 
 TEST_F(WindowInventoryTest, WithoutTheSpacesLookupsNothingCountsElsewhereAndThatIsLoggedOnce) {
-    sim::WindowSpec onTwo;
+    sim::WindowDescription onTwo;
     onTwo.title = "Elsewhere";
     onTwo.space = 2;
     addWindow(textEdit, onTwo);
@@ -257,7 +257,7 @@ TEST_F(WindowInventoryTest, WithoutTheSpacesLookupsNothingCountsElsewhereAndThat
 
 TEST_F(WindowInventoryTest, ARedDotThatOrdersTheWindowOutCountsAsItsClose) {
     writeConfig("live = true\nmode = red-dot\narm = *\n");
-    sim::WindowSpec kept;
+    sim::WindowDescription kept;
     kept.title = "Kept";
     kept.hidesOnClose = true;
     sim::ElementId window = addWindow(textEdit, kept);
@@ -332,7 +332,7 @@ TEST_F(WindowInventoryTest, AWindowNeverClassifiedIsConfirmedAtTheNextFocusChang
 }
 
 TEST_F(WindowInventoryTest, AWindowNeverClassifiedIsConfirmedAtTheNextDecision) {
-    desktop.addApp(appSpec(102, "com.apple.Preview", "Preview"));
+    desktop.addApp(appDescription(102, "com.apple.Preview", "Preview"));
     auto invoice = addWindow(102, "Invoice");
     auto receipt = addWindow(102, "Receipt");
     desktop.injectError(receipt, "AXRole", axerror::cannotComplete, 4);
@@ -350,9 +350,9 @@ TEST_F(WindowInventoryTest, AWindowNeverClassifiedIsConfirmedAtTheNextDecision) 
 // Busy apps do not stall Quelto again and again: one attach per turn of the run loop.
 
 TEST_F(WindowInventoryTest, TheRunningAppsAreAttachedOnePerTurnOfTheRunLoop) {
-    desktop.addApp(appSpec(102, "com.apple.Preview", "Preview"));
+    desktop.addApp(appDescription(102, "com.apple.Preview", "Preview"));
     addWindow(102, "Invoice");
-    desktop.addApp(appSpec(103, "com.apple.mail", "Mail"));
+    desktop.addApp(appDescription(103, "com.apple.mail", "Mail"));
     engine = Engine::create(desktop.context());
     engine->start();
     EXPECT_EQ(engine->apps().size(), 1u);
@@ -365,7 +365,7 @@ TEST_F(WindowInventoryTest, TheRunningAppsAreAttachedOnePerTurnOfTheRunLoop) {
 }
 
 TEST_F(WindowInventoryTest, AccessBackDuringTheAttachRoundStartsAFreshRound) {
-    desktop.addApp(appSpec(102, "com.apple.Preview", "Preview"));
+    desktop.addApp(appDescription(102, "com.apple.Preview", "Preview"));
     engine = Engine::create(desktop.context());
     engine->start();
     desktop.setTrusted(false);

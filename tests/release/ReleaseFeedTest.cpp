@@ -126,12 +126,12 @@ class ReleaseFeedServed : public ::testing::Test {
     }
 
     // The alert a check shows while the running build is `build`.
-    AlertSpec checkWhileRunning(const std::string& build) {
+    AlertDescription checkWhileRunning(const std::string& build) {
         desktop.setBundleInfo("CFBundleVersion", build);
         UpdateChecker::check(desktop.shellContext().updateContext());
         desktop.advance(1);
         EXPECT_EQ(desktop.shownAlerts().size(), 1u);
-        return desktop.shownAlerts().empty() ? AlertSpec{} : desktop.shownAlerts().back();
+        return desktop.shownAlerts().empty() ? AlertDescription{} : desktop.shownAlerts().back();
     }
 
     test::LogCapture logged;
@@ -141,13 +141,13 @@ class ReleaseFeedServed : public ::testing::Test {
 TEST_F(ReleaseFeedServed, ABuildBelowItIsOfferedTheUpdate) {
     desktop.queueAlertAnswer(Alerts::firstButtonReturn);
     EXPECT_EQ(checkWhileRunning("56"),
-              (AlertSpec{"Quelto 1.2.0 is available",
-                         "You have 1.1.0 (build 56).\n\nWhat’s new:\n"
-                         "  •  Quelto remembers the window you closed last.\n"
-                         "  •  A bold claim, a link and code, which the feed shows as plain "
-                         "words on one line.\n"
-                         "  •  Quitting Mail no longer takes ten seconds.",
-                         {"Download", "Not Now"}}));
+              (AlertDescription{"Quelto 1.2.0 is available",
+                                "You have 1.1.0 (build 56).\n\nWhat’s new:\n"
+                                "  •  Quelto remembers the window you closed last.\n"
+                                "  •  A bold claim, a link and code, which the feed shows as plain "
+                                "words on one line.\n"
+                                "  •  Quitting Mail no longer takes ten seconds.",
+                                {"Download", "Not Now"}}));
     EXPECT_EQ(logged.messages(), (Strings{"checking for updates (this build is 1.1.0, build 56)",
                                           "update available: 1.2.0 build 57 at " + kDownload,
                                           "opening the download for 1.2.0"}));
@@ -156,9 +156,9 @@ TEST_F(ReleaseFeedServed, ABuildBelowItIsOfferedTheUpdate) {
 
 TEST_F(ReleaseFeedServed, TheSameBuildIsUpToDate) {
     EXPECT_EQ(checkWhileRunning("57"),
-              (AlertSpec{"Quelto is up to date",
-                         "You have version 1.1.0 (build 57), which is the latest.",
-                         {}}));
+              (AlertDescription{"Quelto is up to date",
+                                "You have version 1.1.0 (build 57), which is the latest.",
+                                {}}));
     EXPECT_EQ(logged.messages(), (Strings{"checking for updates (this build is 1.1.0, build 57)",
                                           "up to date — the site offers 1.2.0 build 57"}));
     EXPECT_TRUE(desktop.openedURLs().empty());

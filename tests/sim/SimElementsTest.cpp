@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "sim/SimDesktop.h"
-#include "tests/sim/Specs.h"
+#include "tests/sim/Descriptions.h"
 
 namespace quelto::sim {
 namespace {
@@ -39,7 +39,7 @@ TEST_F(SimElements, ApplicationElementListsLiveWindowsFrontToBack) {
 }
 
 TEST_F(SimElements, HandlesAreFreshObjectsForTheSameElement) {
-    ElementId w = desktop.addWindow(42, WindowSpec{});
+    ElementId w = desktop.addWindow(42, WindowDescription{});
     AXElement a = desktop.element(w);
     AXElement b = desktop.element(w);
     EXPECT_NE(a.get(), b.get());
@@ -89,7 +89,7 @@ TEST_F(SimElements, CloseButtonDerivedFromTheWindowAndMovingWithIt) {
 }
 
 TEST_F(SimElements, ExplicitCloseButtonFrameMovesWithItsWindow) {
-    WindowSpec desc;
+    WindowDescription desc;
     desc.closeButton.frame = Rect{{100, 50}, {14, 16}};
     ElementId w = desktop.addWindow(42, desc);
     EXPECT_EQ(desktop.closeButtonFrame(w), (Rect{{100, 50}, {14, 16}}));
@@ -98,7 +98,7 @@ TEST_F(SimElements, ExplicitCloseButtonFrameMovesWithItsWindow) {
 }
 
 TEST_F(SimElements, MissingCloseButtonAndUnreadableEnabled) {
-    WindowSpec desc;
+    WindowDescription desc;
     desc.closeButton.present = false;
     desc.closeButton.missingError = axerror::noValue;
     ElementId w = desktop.addWindow(42, desc);
@@ -106,7 +106,7 @@ TEST_F(SimElements, MissingCloseButtonAndUnreadableEnabled) {
     EXPECT_EQ(read(desktop.element(w), "AXCloseButton", v), axerror::noValue);
     EXPECT_EQ(desktop.closeButtonFrame(w), std::nullopt);
 
-    CloseButtonSpec button;
+    CloseButtonDescription button;
     button.enabled = std::nullopt;
     desktop.setCloseButton(w, button);
     ASSERT_EQ(read(desktop.element(w), "AXCloseButton", v), axerror::success);
@@ -114,7 +114,7 @@ TEST_F(SimElements, MissingCloseButtonAndUnreadableEnabled) {
 }
 
 TEST_F(SimElements, ChildrenHoldTheCloseButtonAndSheets) {
-    ElementId w = desktop.addWindow(42, WindowSpec{});
+    ElementId w = desktop.addWindow(42, WindowDescription{});
     ElementId sheet = desktop.showSheet(w);
     std::optional<AXValue> v;
     ASSERT_EQ(read(desktop.element(w), "AXChildren", v), axerror::success);
@@ -131,7 +131,7 @@ TEST_F(SimElements, ChildrenHoldTheCloseButtonAndSheets) {
 }
 
 TEST_F(SimElements, DestroyingASheetTakesItOffItsWindow) {
-    ElementId w = desktop.addWindow(42, WindowSpec{});
+    ElementId w = desktop.addWindow(42, WindowDescription{});
     ElementId sheet = desktop.showSheet(w);
     desktop.destroyWindow(sheet);
     EXPECT_FALSE(desktop.isElementAlive(sheet));
@@ -143,14 +143,14 @@ TEST_F(SimElements, DestroyingASheetTakesItOffItsWindow) {
 }
 
 TEST_F(SimElements, DestroyingAWindowTakesItsSheetsAlong) {
-    ElementId w = desktop.addWindow(42, WindowSpec{});
+    ElementId w = desktop.addWindow(42, WindowDescription{});
     ElementId sheet = desktop.showSheet(w);
     desktop.destroyWindow(w);
     EXPECT_FALSE(desktop.isElementAlive(sheet));
 }
 
 TEST_F(SimElements, DestroyedElementsFailWithInvalidElement) {
-    ElementId w = desktop.addWindow(42, WindowSpec{});
+    ElementId w = desktop.addWindow(42, WindowDescription{});
     AXElement e = desktop.element(w);
     AXElement button = desktop.element(desktop.closeButtonOf(w));
     desktop.destroyWindow(w);
@@ -161,7 +161,7 @@ TEST_F(SimElements, DestroyedElementsFailWithInvalidElement) {
 }
 
 TEST_F(SimElements, SetAndFailAnyAttributeWithAnyValue) {
-    ElementId w = desktop.addWindow(42, WindowSpec{});
+    ElementId w = desktop.addWindow(42, WindowDescription{});
     desktop.setAttribute(w, "AXCloseButton", AXValue("not an element"));
     std::optional<AXValue> v;
     ASSERT_EQ(read(desktop.element(w), "AXCloseButton", v), axerror::success);
@@ -180,7 +180,7 @@ TEST_F(SimElements, SetAndFailAnyAttributeWithAnyValue) {
 }
 
 TEST_F(SimElements, InjectedErrorsFailOnceNTimesOrUntilCleared) {
-    ElementId w = desktop.addWindow(42, WindowSpec{});
+    ElementId w = desktop.addWindow(42, WindowDescription{});
     AXElement e = desktop.element(w);
     std::optional<AXValue> v;
     desktop.injectError(w, "AXRole", axerror::cannotComplete);
@@ -199,7 +199,7 @@ TEST_F(SimElements, InjectedErrorsFailOnceNTimesOrUntilCleared) {
 }
 
 TEST_F(SimElements, EveryReadIsCounted) {
-    ElementId w = desktop.addWindow(42, WindowSpec{});
+    ElementId w = desktop.addWindow(42, WindowDescription{});
     AXElement e = desktop.element(w);
     std::optional<AXValue> v;
     read(e, "AXRole", v);
@@ -232,7 +232,7 @@ TEST_F(SimElements, HandlesOutlivingTheDesktopFailQuietly) {
     {
         SimDesktop other;
         other.addApp(testing::app(5));
-        e = other.element(other.addWindow(5, WindowSpec{}));
+        e = other.element(other.addWindow(5, WindowDescription{}));
     }
     std::optional<AXValue> v;
     EXPECT_EQ(e->copyAttributeValue("AXRole", v), axerror::invalidUIElement);

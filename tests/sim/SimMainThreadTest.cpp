@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "sim/SimDesktop.h"
-#include "tests/sim/Specs.h"
+#include "tests/sim/Descriptions.h"
 #include "tests/support/AXNames.h"
 
 namespace quelto::sim {
@@ -143,7 +143,7 @@ TEST_F(SimMainThread, TheMainQueueIsSerialAModalLoopInsideABlockDrainsNothing) {
     desktop.async([&] {
         desktop.asyncAfter(1.0, [&] { ran.push_back("later block at " + std::to_string(now())); });
         EXPECT_TRUE(desktop.isRunningMainQueueBlock());
-        desktop.runModal(AlertSpec{"Title", "Text", {}});  // the alert's nested loop: 30 s
+        desktop.runModal(AlertDescription{"Title", "Text", {}});  // the alert's nested loop: 30 s
         ran.push_back("alert answered at " + std::to_string(now()));
     });
     desktop.advance(40);
@@ -156,7 +156,7 @@ TEST_F(SimMainThread, APresentedAlertStartsFromTheRunLoopSoTheMainQueueDrainsUnd
     desktop.holdNextAlert(30);
     desktop.async([&] {
         desktop.asyncAfter(1.0, [&] { ran.push_back("later block at " + std::to_string(now())); });
-        desktop.present(AlertSpec{"Title", "Text", {"OK", "Cancel"}}, [&](long answer) {
+        desktop.present(AlertDescription{"Title", "Text", {"OK", "Cancel"}}, [&](long answer) {
             ran.push_back("answered " + std::to_string(answer) + " at " + std::to_string(now()));
         });
         ran.push_back("block returned");
@@ -170,7 +170,7 @@ TEST_F(SimMainThread, APresentedAlertStartsFromTheRunLoopSoTheMainQueueDrainsUnd
 
 TEST_F(SimMainThread, APresentedAlertWaitsForAnOpenMenuToClose) {
     bool shown = false;
-    desktop.present(AlertSpec{"Title", "Text", {}}, [&](long) { shown = true; });
+    desktop.present(AlertDescription{"Title", "Text", {}}, [&](long) { shown = true; });
     desktop.trackMenu(2.0);  // the alert starts in the default mode only
     EXPECT_FALSE(shown);
     desktop.runDue();

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "sim/SimDesktop.h"
-#include "tests/sim/Specs.h"
+#include "tests/sim/Descriptions.h"
 
 namespace quelto::sim {
 namespace {
@@ -72,7 +72,7 @@ TEST_F(SimMouse, CloseButtonClickClosesTheWindowAfterItsDelay) {
 }
 
 TEST_F(SimMouse, EdgeOfTheButtonIsExclusiveAtItsMaximum) {
-    ElementId w = desktop.addWindow(5, WindowSpec{});
+    ElementId w = desktop.addWindow(5, WindowDescription{});
     Rect button = *desktop.closeButtonFrame(w);
     desktop.click(Point{button.maxX(), button.maxY()});
     desktop.advance(1);
@@ -80,7 +80,7 @@ TEST_F(SimMouse, EdgeOfTheButtonIsExclusiveAtItsMaximum) {
 }
 
 TEST_F(SimMouse, DisabledButtonDoesNothing) {
-    WindowSpec desc;
+    WindowDescription desc;
     desc.closeButton.enabled = false;
     ElementId w = desktop.addWindow(5, desc);
     desktop.click(desktop.closeButtonFrame(w)->origin);
@@ -115,7 +115,7 @@ TEST_F(SimMouse, OptionClickClosesEveryWindowOfTheApplication) {
     desktop.addApp(testing::app(6));
     ElementId other = desktop.addWindow(6, testing::window(Rect{{1000, 0}, {100, 100}}));
     ElementId a = desktop.addWindow(5, testing::window(Rect{{0, 500}, {300, 300}}));
-    ElementId b = desktop.addWindow(5, WindowSpec{});
+    ElementId b = desktop.addWindow(5, WindowDescription{});
     desktop.click(desktop.closeButtonFrame(b)->origin, modifier::option);
     desktop.advance(1);
     EXPECT_FALSE(desktop.isElementAlive(a));
@@ -136,7 +136,7 @@ TEST_F(SimMouse, SameInputsGiveTheSameOutputs) {
             trace.push_back("quit " + std::to_string(app->processIdentifier()) + " at " +
                             std::to_string(d.now().seconds));
         });
-        ElementId w1 = d.addWindow(5, WindowSpec{});
+        ElementId w1 = d.addWindow(5, WindowDescription{});
         ElementId w2 = d.addWindow(5, testing::window(Rect{{500, 500}, {200, 200}}));
         d.click(d.closeButtonFrame(w2)->origin);
         d.advance(0.2);
@@ -151,7 +151,7 @@ TEST_F(SimMouse, SameInputsGiveTheSameOutputs) {
 }
 
 TEST_F(SimMouse, TheCloseButtonActsWhenTheMouseGoesUpOnIt) {
-    ElementId w = desktop.addWindow(5, WindowSpec{});
+    ElementId w = desktop.addWindow(5, WindowDescription{});
     Point dot = desktop.closeButtonFrame(w)->origin;
     desktop.press(dot);
     EXPECT_EQ(clicks.size(), 1u);  // the monitor sees the mouse-down
@@ -166,7 +166,7 @@ TEST_F(SimMouse, TheCloseButtonActsWhenTheMouseGoesUpOnIt) {
 }
 
 TEST_F(SimMouse, APressDraggedOffTheCloseButtonClosesNothing) {
-    ElementId w = desktop.addWindow(5, WindowSpec{});
+    ElementId w = desktop.addWindow(5, WindowDescription{});
     desktop.press(desktop.closeButtonFrame(w)->origin);
     desktop.release(Point{400, 400});
     desktop.advance(1);
@@ -187,7 +187,7 @@ TEST_F(SimMouse, OptionClickLeavesWindowsThatCannotClose) {
     }());
     ElementId sheeted = desktop.addWindow(5, testing::window(Rect{{800, 500}, {300, 300}}));
     desktop.showSheet(sheeted);
-    ElementId b = desktop.addWindow(5, WindowSpec{});
+    ElementId b = desktop.addWindow(5, WindowDescription{});
     desktop.click(desktop.closeButtonFrame(b)->origin, modifier::option);
     desktop.advance(1);
     EXPECT_FALSE(desktop.isElementAlive(a));
@@ -198,7 +198,7 @@ TEST_F(SimMouse, OptionClickLeavesWindowsThatCannotClose) {
 
 TEST_F(SimMouse, AnAppModalAlertHoldsEveryOtherCloseButton) {
     ElementId a = desktop.addWindow(5, testing::window(Rect{{0, 500}, {300, 300}}));
-    ElementId b = desktop.addWindow(5, WindowSpec{});
+    ElementId b = desktop.addWindow(5, WindowDescription{});
     ElementId alert = desktop.showDialog(5, "AXDialog", "Could not save", true);
     desktop.click(desktop.closeButtonFrame(b)->origin, modifier::option);
     desktop.click(desktop.closeButtonFrame(a)->origin);
@@ -212,7 +212,7 @@ TEST_F(SimMouse, AnAppModalAlertHoldsEveryOtherCloseButton) {
 }
 
 TEST_F(SimMouse, HiddenMinimisedAndOtherSpacesWindowsTakeNoClicks) {
-    ElementId w = desktop.addWindow(5, WindowSpec{});
+    ElementId w = desktop.addWindow(5, WindowDescription{});
     Point dot = desktop.closeButtonFrame(w)->origin;
     desktop.minimizeWindow(w);
     desktop.click(dot);

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "sim/SimDesktop.h"
-#include "tests/sim/Specs.h"
+#include "tests/sim/Descriptions.h"
 #include "tests/support/AXNames.h"
 
 namespace quelto::sim {
@@ -50,7 +50,7 @@ TEST_F(SimObservers, WindowCreatedGoesToTheApplicationRegistrationWithTheWindow)
     observer->addRunLoopSourceToMainRunLoop();
     ASSERT_EQ(observer->addNotification(desktop.applicationElement(42), axWindowCreated, &tag),
               axerror::success);
-    ElementId w = desktop.addWindow(42, WindowSpec{});
+    ElementId w = desktop.addWindow(42, WindowDescription{});
     EXPECT_TRUE(seen.empty());  // delivered on the main queue, not inside addWindow
     desktop.runDue();
     ASSERT_EQ(seen.size(), 1u);
@@ -62,7 +62,7 @@ TEST_F(SimObservers, WindowCreatedGoesToTheApplicationRegistrationWithTheWindow)
 TEST_F(SimObservers, PerWindowNotificationsInOrder) {
     auto observer = observe();
     observer->addRunLoopSourceToMainRunLoop();
-    ElementId w = desktop.addWindow(42, WindowSpec{}, false);
+    ElementId w = desktop.addWindow(42, WindowDescription{}, false);
     for (const std::string& n : {axElementDestroyed, axWindowMoved, axWindowResized})
         ASSERT_EQ(observer->addNotification(desktop.element(w), n, &tag), axerror::success);
     desktop.moveWindow(w, Point{1, 2});
@@ -93,7 +93,7 @@ TEST_F(SimObservers, FocusedWindowChangedPassesTheWindow) {
 TEST_F(SimObservers, NothingIsDeliveredWithoutTheRunLoopSource) {
     auto observer = observe();
     observer->addNotification(desktop.applicationElement(42), axWindowCreated, &tag);
-    desktop.addWindow(42, WindowSpec{});
+    desktop.addWindow(42, WindowDescription{});
     desktop.runDue();
     EXPECT_TRUE(seen.empty());
 }
@@ -102,13 +102,13 @@ TEST_F(SimObservers, QueuedNotificationsAreDroppedWhenTheSourceIsRemovedOrTheObs
     auto observer = observe();
     observer->addRunLoopSourceToMainRunLoop();
     observer->addNotification(desktop.applicationElement(42), axWindowCreated, &tag);
-    desktop.addWindow(42, WindowSpec{});
+    desktop.addWindow(42, WindowDescription{});
     observer->removeRunLoopSourceFromMainRunLoop();
     desktop.runDue();
     EXPECT_TRUE(seen.empty());
 
     observer->addRunLoopSourceToMainRunLoop();
-    desktop.addWindow(42, WindowSpec{});
+    desktop.addWindow(42, WindowDescription{});
     observer->removeRunLoopSourceFromMainRunLoop();
     observer.reset();
     EXPECT_EQ(desktop.liveObserverCount(), 0);
@@ -127,7 +127,7 @@ TEST_F(SimObservers, ReleasingAnObserverWithItsSourceAttachedIsCounted) {
 
 TEST_F(SimObservers, DuplicateRegistrationsAndDeadElementsAreRefused) {
     auto observer = observe();
-    ElementId w = desktop.addWindow(42, WindowSpec{}, false);
+    ElementId w = desktop.addWindow(42, WindowDescription{}, false);
     EXPECT_EQ(observer->addNotification(desktop.element(w), axWindowMoved, &tag), axerror::success);
     EXPECT_EQ(observer->addNotification(desktop.element(w), axWindowMoved, &tag),
               axerror::notificationAlreadyRegistered);
@@ -167,7 +167,7 @@ TEST_F(SimObservers, ObserverOutlivingTheDesktopIsHarmless) {
 TEST_F(SimObservers, TerminationRemovesWindowsWithoutNotifications) {
     auto observer = observe();
     observer->addRunLoopSourceToMainRunLoop();
-    ElementId w = desktop.addWindow(42, WindowSpec{}, false);
+    ElementId w = desktop.addWindow(42, WindowDescription{}, false);
     observer->addNotification(desktop.element(w), axElementDestroyed, &tag);
     desktop.terminateApp(42);
     desktop.runDue();

@@ -47,7 +47,7 @@ TEST(SimServices, BundleAndMachine) {
 TEST(SimServices, AlertsAnswerFromTheQueueThenTheDefault) {
     SimDesktop desktop;
     desktop.queueAlertAnswer(Alerts::secondButtonReturn);
-    AlertSpec desc{"Title", "Info", {"OK", "Cancel"}};
+    AlertDescription desc{"Title", "Info", {"OK", "Cancel"}};
     EXPECT_EQ(desktop.runModal(desc), Alerts::secondButtonReturn);
     EXPECT_EQ(desktop.runModal(desc), Alerts::firstButtonReturn);
     ASSERT_EQ(desktop.shownAlerts().size(), 2u);
@@ -59,11 +59,11 @@ TEST(SimServices, AlertsAnswerFromTheQueueThenTheDefault) {
 TEST(SimServices, AnAlertBringsQueltoToTheFront) {
     SimDesktop desktop;
     desktop.setOwnPid(1);
-    desktop.addApp(AppSpec{1, "app.quelto.Quelto", "Quelto", ActivationPolicy::accessory});
-    desktop.launchApp(AppSpec{40, "com.apple.TextEdit", "TextEdit"});
+    desktop.addApp(AppDescription{1, "app.quelto.Quelto", "Quelto", ActivationPolicy::accessory});
+    desktop.launchApp(AppDescription{40, "com.apple.TextEdit", "TextEdit"});
     ASSERT_EQ(desktop.frontmostApplication()->processIdentifier(), 40);
     bool answered = false;
-    desktop.present(AlertSpec{"Title", "Info", {"OK"}}, [&](long) { answered = true; });
+    desktop.present(AlertDescription{"Title", "Info", {"OK"}}, [&](long) { answered = true; });
     EXPECT_EQ(desktop.frontmostApplication()->processIdentifier(), 40);  // not before it shows
     desktop.runDue();
     EXPECT_TRUE(answered);

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "sim/SimDesktop.h"
-#include "tests/sim/Specs.h"
+#include "tests/sim/Descriptions.h"
 
 namespace quelto::sim {
 namespace {
@@ -141,9 +141,9 @@ TEST_F(SimSpaces, AnOrderedOutWindowIsKeptButNeitherShownNorListed) {
 }
 
 TEST_F(SimSpaces, AWindowThatHidesOnCloseIsOrderedOutByItsRedDot) {
-    auto spec = testing::window("Main", Rect{{200, 500}, {500, 300}});
-    spec.hidesOnClose = true;
-    ElementId main = desktop.addWindow(2, spec);
+    auto desc = testing::window("Main", Rect{{200, 500}, {500, 300}});
+    desc.hidesOnClose = true;
+    ElementId main = desktop.addWindow(2, desc);
     auto destroyed = observe(2, "AXUIElementDestroyed", main);
     Rect button = *desktop.closeButtonFrame(main);
     desktop.click(Point{button.origin.x + 5, button.origin.y + 5});

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "sim/SimDesktop.h"
-#include "tests/sim/Specs.h"
+#include "tests/sim/Descriptions.h"
 #include "tests/support/AXNames.h"
 
 namespace quelto::sim {
@@ -183,7 +183,7 @@ TEST_F(SimStacking, AXWindowsListsOnlyTheCurrentSpacesWindows) {
 }
 
 TEST_F(SimStacking, AWindowOpensOnTheSpaceItNames) {
-    WindowSpec desc = testing::window("Later");
+    WindowDescription desc = testing::window("Later");
     desc.space = 3;
     ElementId later = desktop.addWindow(2, desc);
     EXPECT_EQ(desktop.spaceOf(later), 3);

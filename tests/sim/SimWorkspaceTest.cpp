@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "sim/SimDesktop.h"
-#include "tests/sim/Specs.h"
+#include "tests/sim/Descriptions.h"
 
 namespace quelto::sim {
 namespace {
@@ -73,7 +73,7 @@ TEST(SimWorkspace, PoliteQuitIsHonouredAfterTheDelay) {
         s.quitDelay = 0.5;
         return s;
     }());
-    desktop.addWindow(5, WindowSpec{});
+    desktop.addWindow(5, WindowDescription{});
     auto app = desktop.runningApplication(5);
     EXPECT_TRUE(app->terminate());
     ASSERT_EQ(desktop.quitRequests().size(), 1u);
@@ -114,8 +114,8 @@ TEST(SimWorkspace, ApplicationQuittingWithItsLastWindow) {
         s.quitsWithLastWindow = true;
         return s;
     }());
-    ElementId a = desktop.addWindow(5, WindowSpec{});
-    ElementId b = desktop.addWindow(5, WindowSpec{});
+    ElementId a = desktop.addWindow(5, WindowDescription{});
+    ElementId b = desktop.addWindow(5, WindowDescription{});
     desktop.destroyWindow(a);
     desktop.advance(1);
     EXPECT_TRUE(desktop.isRunning(5));
@@ -186,7 +186,7 @@ TEST(SimWorkspace, OpenedLinksRevealedFilesAndPromptsAreRecordedInOrder) {
 
 TEST(SimWorkspace, ActivationPolicyIsLiveOnTheRunningApplication) {
     SimDesktop desktop;
-    AppSpec own = testing::app(1, "Quelto");
+    AppDescription own = testing::app(1, "Quelto");
     own.policy = ActivationPolicy::accessory;
     desktop.addApp(own);
     RunningApplicationRef handle = desktop.runningApplication(1);
@@ -199,7 +199,7 @@ TEST(SimWorkspace, ActivationPolicyIsLiveOnTheRunningApplication) {
 
 TEST(SimWorkspace, AppTurningAccessoryWhileFrontmostHandsTheFrontBack) {
     SimDesktop desktop;
-    AppSpec own = testing::app(1, "Quelto");
+    AppDescription own = testing::app(1, "Quelto");
     own.policy = ActivationPolicy::accessory;
     desktop.addApp(own);
     desktop.addApp(testing::app(5, "Mail"));

@@ -354,11 +354,12 @@ TEST_F(SettingsWindowTest, LoginBoxFailureAlertsAndPutsTheBoxBack) {
     EXPECT_EQ(takeLog(), (Lines{"could not change the login item: Access denied"}));
     desktop.runDue();  // the alert starts from the run loop
     ASSERT_EQ(desktop.shownAlerts().size(), 1u);
-    EXPECT_EQ(desktop.shownAlerts()[0],
-              (AlertSpec{"Couldn’t change the login setting",
-                         "Access denied\n\nYou can also set this yourself in System Settings → "
-                         "General → Login Items.",
-                         {}}));
+    EXPECT_EQ(
+        desktop.shownAlerts()[0],
+        (AlertDescription{"Couldn’t change the login setting",
+                          "Access denied\n\nYou can also set this yourself in System Settings → "
+                          "General → Login Items.",
+                          {}}));
     EXPECT_FALSE(model.general().loginChecked);
 }
 

@@ -51,10 +51,10 @@ inline bool contains(const Lines& lines, const std::string& line) {
     return false;
 }
 
-inline sim::AppSpec app(Pid pid, std::optional<std::string> bundleID,
-                        std::optional<std::string> name,
-                        ActivationPolicy policy = ActivationPolicy::regular) {
-    sim::AppSpec desc;
+inline sim::AppDescription app(Pid pid, std::optional<std::string> bundleID,
+                               std::optional<std::string> name,
+                               ActivationPolicy policy = ActivationPolicy::regular) {
+    sim::AppDescription desc;
     desc.pid = pid;
     desc.bundleID = std::move(bundleID);
     desc.name = std::move(name);

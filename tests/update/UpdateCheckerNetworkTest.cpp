@@ -101,9 +101,9 @@ TEST_F(UpdateCheckerNetwork, UpToDateOverTheNetwork) {
     checkAndWait();
     auto shown = alerts.shown();
     ASSERT_EQ(shown.size(), 1u);
-    EXPECT_EQ(shown[0], (AlertSpec{"Quelto is up to date",
-                                   "You have version 1.1 (build 42), which is the latest.",
-                                   {}}));
+    EXPECT_EQ(shown[0], (AlertDescription{"Quelto is up to date",
+                                          "You have version 1.1 (build 42), which is the latest.",
+                                          {}}));
     EXPECT_EQ(logged.messages(), (Strings{"checking for updates (this build is 1.1, build 42)",
                                           "up to date — the site offers 1.2 build 42"}));
     auto requests = server.requests();
@@ -121,10 +121,11 @@ TEST_F(UpdateCheckerNetwork, UpdateOfferedAndDownloadOpened) {
     checkAndWait(&button);
     auto shown = alerts.shown();
     ASSERT_EQ(shown.size(), 1u);
-    EXPECT_EQ(shown[0],
-              (AlertSpec{"Quelto 1.2 is available",
-                         "You have 1.1 (build 41).\n\nWhat’s new:\n  •  Faster\n  •  Quieter log",
-                         {"Download", "Not Now"}}));
+    EXPECT_EQ(
+        shown[0],
+        (AlertDescription{"Quelto 1.2 is available",
+                          "You have 1.1 (build 41).\n\nWhat’s new:\n  •  Faster\n  •  Quieter log",
+                          {"Download", "Not Now"}}));
     EXPECT_EQ(
         logged.messages(),
         (Strings{"checking for updates (this build is 1.1, build 41)",
@@ -144,8 +145,9 @@ TEST_F(UpdateCheckerNetwork, ServerErrorFailsWithoutDetail) {
     checkAndWait();
     auto shown = alerts.shown();
     ASSERT_EQ(shown.size(), 1u);
-    EXPECT_EQ(shown[0],
-              (AlertSpec{"Couldn’t check for updates", failureText(), {"OK", "Open Changelog"}}));
+    EXPECT_EQ(
+        shown[0],
+        (AlertDescription{"Couldn’t check for updates", failureText(), {"OK", "Open Changelog"}}));
     EXPECT_EQ(logged.messages().back(), "update check failed: no detail");
     EXPECT_EQ(workspace.openedURLs(), Strings{server.baseURL() + "/changelog"});
 }
@@ -166,7 +168,7 @@ TEST_F(UpdateCheckerNetwork, MalformedBodiesFailWithoutDetail) {
     }
     auto shown = alerts.shown();
     ASSERT_EQ(shown.size(), bodies.size());
-    for (const AlertSpec& alert : shown) EXPECT_EQ(alert.informativeText, failureText());
+    for (const AlertDescription& alert : shown) EXPECT_EQ(alert.informativeText, failureText());
     auto messages = logged.messages();
     EXPECT_EQ(std::count(messages.begin(), messages.end(), "update check failed: no detail"),
               static_cast<long>(bodies.size()));

@@ -90,7 +90,7 @@ TEST_F(UpdateCheckerSim, SameBuildIsUpToDate) {
     ASSERT_EQ(desktop.shownAlerts().size(), 1u);
     EXPECT_EQ(
         desktop.shownAlerts()[0],
-        (AlertSpec{
+        (AlertDescription{
             "Quelto is up to date", "You have version 1.2 (build 42), which is the latest.", {}}));
     EXPECT_EQ(logged.messages(), (Strings{"checking for updates (this build is 1.2, build 42)",
                                           "up to date — the site offers 1.2 build 42"}));
@@ -103,7 +103,7 @@ TEST_F(UpdateCheckerSim, OlderBuildIsOfferedTheDownload) {
     checkAndFinish();
     ASSERT_EQ(desktop.shownAlerts().size(), 1u);
     EXPECT_EQ(desktop.shownAlerts()[0],
-              (AlertSpec{
+              (AlertDescription{
                   "Quelto 1.2 is available", "You have 1.1 (build 41).", {"Download", "Not Now"}}));
     EXPECT_EQ(logged.messages(), (Strings{"checking for updates (this build is 1.1, build 41)",
                                           "update available: 1.2 build 42 at " + kDownload,
@@ -173,7 +173,7 @@ TEST_F(UpdateCheckerSim, NotesHoldingANumberStillSucceedWithoutWhatsNew) {
     checkAndFinish();
     ASSERT_EQ(desktop.shownAlerts().size(), 1u);
     EXPECT_EQ(desktop.shownAlerts()[0],
-              (AlertSpec{
+              (AlertDescription{
                   "Quelto 1.2 is available", "You have 1.1 (build 41).", {"Download", "Not Now"}}));
 }
 
@@ -181,8 +181,9 @@ TEST_F(UpdateCheckerSim, BuildAsStringFailsWithNoDetail) {
     desktop.setHttpReply(kEndpoint, ok(offer("\"42\"")));
     checkAndFinish();
     ASSERT_EQ(desktop.shownAlerts().size(), 1u);
-    EXPECT_EQ(desktop.shownAlerts()[0],
-              (AlertSpec{"Couldn’t check for updates", failureText(), {"OK", "Open Changelog"}}));
+    EXPECT_EQ(
+        desktop.shownAlerts()[0],
+        (AlertDescription{"Couldn’t check for updates", failureText(), {"OK", "Open Changelog"}}));
     auto messages = logged.messages();
     ASSERT_EQ(messages.size(), 2u);
     EXPECT_EQ(messages[1], "update check failed: no detail");
@@ -206,10 +207,10 @@ TEST_F(UpdateCheckerSim, EveryMalformedReplyFailsWithNoDetail) {
         checkAndFinish();
     }
     ASSERT_EQ(desktop.shownAlerts().size(), replies.size());
-    for (const AlertSpec& alert : desktop.shownAlerts())
-        EXPECT_EQ(
-            alert,
-            (AlertSpec{"Couldn’t check for updates", failureText(), {"OK", "Open Changelog"}}));
+    for (const AlertDescription& alert : desktop.shownAlerts())
+        EXPECT_EQ(alert,
+                  (AlertDescription{
+                      "Couldn’t check for updates", failureText(), {"OK", "Open Changelog"}}));
     auto messages = logged.messages();
     ASSERT_EQ(messages.size(), 2 * replies.size());
     for (std::size_t i = 1; i < messages.size(); i += 2)
@@ -231,9 +232,9 @@ TEST_F(UpdateCheckerSim, NonIntegerRunningBuildCountsAsZero) {
     desktop.queueAlertAnswer(Alerts::secondButtonReturn);
     checkAndFinish();
     ASSERT_EQ(desktop.shownAlerts().size(), 1u);
-    EXPECT_EQ(
-        desktop.shownAlerts()[0],
-        (AlertSpec{"Quelto 1.2 is available", "You have 1.1 (build 0).", {"Download", "Not Now"}}));
+    EXPECT_EQ(desktop.shownAlerts()[0],
+              (AlertDescription{
+                  "Quelto 1.2 is available", "You have 1.1 (build 0).", {"Download", "Not Now"}}));
     EXPECT_EQ(logged.messages()[0], "checking for updates (this build is 1.1, build 0)");
 }
 
@@ -262,7 +263,7 @@ TEST_F(UpdateCheckerSim, UnreachableSiteShowsTheNetworkError) {
     desktop.setHttpReply(kEndpoint, offline);
     checkAndFinish();
     ASSERT_EQ(desktop.shownAlerts().size(), 1u);
-    const AlertSpec& alert = desktop.shownAlerts()[0];
+    const AlertDescription& alert = desktop.shownAlerts()[0];
     EXPECT_EQ(alert.messageText, "Couldn’t check for updates");
     EXPECT_EQ(alert.informativeText.rfind("The Internet connection appears to be offline.\n\n", 0),
               0u);

@@ -208,7 +208,7 @@ TEST(UpdateSite, DefaultsToTheBuildSettings) {
 
 TEST(UpdateAlerts, UpdateAvailableWithoutNotes) {
     Latest latest{"1.2", 42, "https://quelto.app/d", {}};
-    AlertSpec alert = UpdateChecker::updateAvailableAlert(latest, "1.1", 41);
+    AlertDescription alert = UpdateChecker::updateAvailableAlert(latest, "1.1", 41);
     EXPECT_EQ(alert.messageText, "Quelto 1.2 is available");
     EXPECT_EQ(alert.informativeText, "You have 1.1 (build 41).");
     EXPECT_EQ(alert.buttons, (std::vector<std::string>{"Download", "Not Now"}));
@@ -216,26 +216,26 @@ TEST(UpdateAlerts, UpdateAvailableWithoutNotes) {
 
 TEST(UpdateAlerts, UpdateAvailableWithNotes) {
     Latest latest{"1.2", 42, "https://quelto.app/d", {"Faster", "Fewer surprises"}};
-    AlertSpec alert = UpdateChecker::updateAvailableAlert(latest, "1.1", 41);
+    AlertDescription alert = UpdateChecker::updateAvailableAlert(latest, "1.1", 41);
     EXPECT_EQ(alert.informativeText,
               "You have 1.1 (build 41).\n\nWhat’s new:\n  •  Faster\n  •  Fewer surprises");
 }
 
 TEST(UpdateAlerts, UpToDate) {
-    AlertSpec alert = UpdateChecker::upToDateAlert("1.2", 42);
+    AlertDescription alert = UpdateChecker::upToDateAlert("1.2", 42);
     EXPECT_EQ(alert.messageText, "Quelto is up to date");
     EXPECT_EQ(alert.informativeText, "You have version 1.2 (build 42), which is the latest.");
     EXPECT_TRUE(alert.buttons.empty());
 }
 
 TEST(UpdateAlerts, FailureWithAndWithoutDetail) {
-    AlertSpec plain = UpdateChecker::failureAlert(std::nullopt, "quelto.app");
+    AlertDescription plain = UpdateChecker::failureAlert(std::nullopt, "quelto.app");
     EXPECT_EQ(plain.messageText, "Couldn’t check for updates");
     EXPECT_EQ(plain.informativeText,
               "Nothing is wrong with Quelto — it just couldn’t reach quelto.app. You can always "
               "see the current version at quelto.app/changelog.");
     EXPECT_EQ(plain.buttons, (std::vector<std::string>{"OK", "Open Changelog"}));
-    AlertSpec detailed = UpdateChecker::failureAlert("The request timed out.", "quelto.app");
+    AlertDescription detailed = UpdateChecker::failureAlert("The request timed out.", "quelto.app");
     EXPECT_EQ(detailed.informativeText, "The request timed out.\n\n" + plain.informativeText);
 }
 

@@ -43,7 +43,7 @@ class RecordingButton final : public UpdateButton {
 // Records each alert and answers with the queued responses (the first button otherwise).
 class RecordingAlerts final : public Alerts {
   public:
-    void present(const AlertSpec& alert, std::function<void(long)> completion) override {
+    void present(const AlertDescription& alert, std::function<void(long)> completion) override {
         long answer = firstButtonReturn;
         {
             std::lock_guard<std::mutex> lock(mutex_);
@@ -59,14 +59,14 @@ class RecordingAlerts final : public Alerts {
         std::lock_guard<std::mutex> lock(mutex_);
         answers_.push_back(answer);
     }
-    std::vector<AlertSpec> shown() const {
+    std::vector<AlertDescription> shown() const {
         std::lock_guard<std::mutex> lock(mutex_);
         return shown_;
     }
 
   private:
     mutable std::mutex mutex_;
-    std::vector<AlertSpec> shown_;
+    std::vector<AlertDescription> shown_;
     std::deque<long> answers_;
 };
 

@@ -9,24 +9,24 @@
 
 namespace quelto::sim::testing {
 
-inline AppSpec app(Pid pid, std::optional<std::string> name = std::nullopt,
-                   std::optional<std::string> bundleID = std::nullopt) {
-    AppSpec desc;
+inline AppDescription app(Pid pid, std::optional<std::string> name = std::nullopt,
+                          std::optional<std::string> bundleID = std::nullopt) {
+    AppDescription desc;
     desc.pid = pid;
     desc.name = std::move(name);
     desc.bundleID = std::move(bundleID);
     return desc;
 }
 
-inline WindowSpec window(std::string title = "Untitled",
-                         Rect frame = Rect{{100, 100}, {800, 600}}) {
-    WindowSpec desc;
+inline WindowDescription window(std::string title = "Untitled",
+                                Rect frame = Rect{{100, 100}, {800, 600}}) {
+    WindowDescription desc;
     desc.title = std::move(title);
     desc.frame = frame;
     return desc;
 }
 
-inline WindowSpec window(Rect frame) {
+inline WindowDescription window(Rect frame) {
     return window("Untitled", frame);
 }
 
