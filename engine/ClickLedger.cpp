@@ -125,11 +125,10 @@ void ClickLedger::remember(const WindowRef& window, Pid pid, ModifierFlags modif
                       .missedOnce = false};
     // A click on a red dot whose close a dialog holds (the window is modal to its sheet, the
     // red dot does nothing) takes the hold over: the dialogs that came after the held click
-    // still hold this one, though they came before it.
+    // still hold this one, though they came before it. Its own first look says so.
     auto held = clicks_.find(window);
     if (held != clicks_.end() && held->second.sustained && held->second.pid == pid &&
         held->second.expiry > moment) {
-        click.sustained = true;
         click.dialogsSince = held->second.dialogsSince;
         click.heldBy = held->second.heldBy;
     }
@@ -191,8 +190,16 @@ void ClickLedger::sustainIfBlocked(const WindowRef& window, Pid pid) {
     if (found == clicks_.end()) return;
     ClickRecord& click = found->second;
     // Unknown is not "no dialog": while the reads fail (an app that does not answer), a click
-    // held by a dialog stays held. A click never held simply runs its course.
-    if (state.value_or(click.sustained)) {
+    // held by a dialog stays held, and so does one that took such a hold over (its dialogs
+    // counted from an earlier click). A click never held simply runs its course.
+    if (!state) {
+        if (!click.sustained && !(click.dialogsSince < click.at)) return;
+        click.missedOnce = false;
+        click.expiry = checked + ClickRecord::lifetime;
+        scheduleCheck(ClickRecord::dialogPollInterval, window, pid);
+        return;
+    }
+    if (*state) {
         if (!click.sustained) {
             click.sustained = true;
             log("  …close is waiting on a dialog — holding the click");

@@ -105,7 +105,7 @@ TEST_F(DialogHoldTest, ASecondClickOnAHeldRedDotKeepsTheHold) {
     ASSERT_TRUE(isHeld(letter));
 
     // Clicked again while the sheet is up: the sheet came before this click, but after the
-    // first, and still holds.
+    // first, and still holds it, as its own first look says.
     clickClose(letter, modifier::shift);
     desktop.advance(10);
     EXPECT_TRUE(isHeld(letter));
@@ -115,8 +115,25 @@ TEST_F(DialogHoldTest, ASecondClickOnAHeldRedDotKeepsTheHold) {
     expectClosedByTheRedDotAfterADialog();
     Lines log = takeLog();
     EXPECT_EQ(std::count(log.begin(), log.end(),
-                         "00:00:10.350    …close is waiting on a dialog — holding the click"),
+                         "00:00:13.350    …close is waiting on a dialog — holding the click"),
               1);
+}
+
+TEST_F(DialogHoldTest, ASecondClickOnAHeldRedDotStaysHeldWhileTheLooksCannotTell) {
+    auto letter = savingWindow("Letter");
+    startEngine();
+    desktop.advance(10);
+    clickClose(letter);
+    desktop.advance(1);
+    ASSERT_TRUE(isHeld(letter));
+    clickClose(letter);  // the sheet is up: the red dot does nothing
+    desktop.hangApp(textEdit, 10.0);
+    desktop.advance(12);
+    ASSERT_TRUE(engine->clicks().recordOf(refOf(letter)));
+    EXPECT_GT(clickOf(letter).expiry, desktop.now());
+    desktop.answerSheet(letter, true);
+    desktop.advance(0.1);
+    expectClosedByTheRedDotAfterADialog();
 }
 
 TEST_F(DialogHoldTest, ALookThatFindsNoDialogIsFollowedByAnotherAQuarterSecondLater) {
