@@ -103,6 +103,10 @@ void AppWatcher::handle(const std::string& notification, const AXElement& elemen
     if (!known) return;
     switch (*known) {
         case AXNotification::windowCreated:
+            // Announced again (shown anew after its app ordered it out, as an app does with an
+            // alert it keeps): seen anew, so that it is not taken for one up all along.
+            if (watchedWindows_.count(WindowRef{element}))
+                firstSeen_.insert_or_assign(WindowRef{element}, context_.clock.now());
             watch(element);
             return;
         case AXNotification::focusedWindowChanged:

@@ -39,6 +39,20 @@ TEST_F(DialogBirthTest, EachWindowIsNotedWhenFirstSeen) {
     EXPECT_EQ(watcher->firstSeen(ref(announced)), std::nullopt);
 }
 
+TEST_F(DialogBirthTest, AnAlertShownAgainIsSeenAnew) {
+    ElementId w = addWindow("Doc");
+    auto watcher = makeWatcher();
+    ElementId alert = desktop.showDialog(pid, "AXApplicationAlertDialog", "Save?", true);
+    desktop.runDue();
+    // The app keeps its alert: answered, it is ordered out; asked again, it is shown again.
+    desktop.orderOutWindow(alert);
+    desktop.advance(10);
+    desktop.orderInWindow(alert);
+    desktop.runDue();
+    EXPECT_EQ(watcher->firstSeen(ref(alert)), std::optional<Date>(desktop.now()));
+    EXPECT_EQ(watcher->closeBlockedState(ref(w), desktop.now()).blocked, std::optional<bool>(true));
+}
+
 TEST_F(DialogBirthTest, EachSheetIsNotedWhenItComesDownAndForgottenWhenItGoes) {
     ElementId w = addWindow("Doc");
     auto watcher = makeWatcher();
