@@ -72,6 +72,9 @@ void AppWatcher::watch(const AXElement& window) {
     if (!window || !observer_) return;
     WindowRef ref{window};
     if (!watchedWindows_.insert(ref).second) return;
+    // Seen now: announced, found when attaching, or caught up with (a window that opened
+    // unannounced was born earlier still).
+    firstSeen_.emplace(ref, context_.clock.now());
     registerWindowNotifications(window,
                                 {std::string(nameOf(AXNotification::elementDestroyed)),
                                  std::string(nameOf(AXNotification::windowMoved)),
@@ -100,6 +103,10 @@ void AppWatcher::handle(const std::string& notification, const AXElement& elemen
     if (!known) return;
     switch (*known) {
         case AXNotification::windowCreated:
+            // Announced again (shown anew after its app ordered it out, as an app does with an
+            // alert it keeps): seen anew, so that it is not taken for one up all along.
+            if (watchedWindows_.count(WindowRef{element}))
+                firstSeen_.insert_or_assign(WindowRef{element}, context_.clock.now());
             watch(element);
             return;
         case AXNotification::focusedWindowChanged:
@@ -115,10 +122,15 @@ void AppWatcher::handle(const std::string& notification, const AXElement& elemen
         case AXNotification::elementDestroyed:
             windowGone(WindowRef{element});
             return;
+        case AXNotification::sheetCreated:
+            sheetCreated(element);
+            return;
     }
 }
 
 void AppWatcher::windowGone(const WindowRef& ref) {
+    // A sheet's going ends here too: its birth is forgotten with it.
+    firstSeen_.erase(ref);
     auto watched = watchedWindows_.find(ref);
     if (watched == watchedWindows_.end()) return;
     watchedWindows_.erase(watched);
@@ -144,6 +156,8 @@ void AppWatcher::windowGone(const WindowRef& ref) {
 }
 
 void AppWatcher::resync() {
+    // Sheets not followed yet (the app refused for a moment) are tried again as windows are.
+    followSheets();
     std::vector<AXElement> windows = axElements(appElement_, "AXWindows");
     for (const AXElement& window : windows) {
         WindowRef ref{window};

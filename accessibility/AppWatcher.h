@@ -98,6 +98,24 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     // have shown the sheet or dialog failed (an app that does not answer), so that a hold is
     // not ended by a look that saw nothing. The same reads as isCloseBlocked.
     std::optional<bool> closeBlockedState(const WindowRef& window) const;
+    // What a look for a dialog holding a clicked close found: whether it is held (none when
+    // a read that could have shown the sheet or dialog failed), and the dialog window that
+    // holds it (none for a sheet).
+    struct CloseHold {
+        std::optional<bool> blocked;
+        std::optional<WindowRef> dialog;
+    };
+    // The same look for a click: a sheet or dialog window the watcher first saw before
+    // `since` was up before the click and holds nothing (its role and subrole are not even
+    // read); one first seen later, or never seen (its birth unknown), holds as before.
+    CloseHold closeBlockedState(const WindowRef& window, Date since) const;
+    // Whether the window is still a dialog, asked of its element directly, wherever it is:
+    // false when its subrole is another, or it has none, or the element is gone; none when
+    // the read fails otherwise (an app that does not answer).
+    std::optional<bool> isDialog(const WindowRef& window) const;
+    // When the watcher first saw the window (announced, found when attaching or catching
+    // up) or the sheet (its "AXSheetCreated"); none for one it never saw or saw go.
+    std::optional<Date> firstSeen(const WindowRef& element) const;
     std::optional<CloseButtonMiss> missReason(const WindowRef& window) const;
 
     // The observer callback; the refcon is the watcher, not retained.
@@ -155,6 +173,12 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     void storeFrame(const WindowRef& ref, Rect frame);
     // The window's title changed: the known title follows.
     void retitled(const AXElement& window);
+    // Follows the births of the app's sheets ("AXSheetCreated" on the app), quietly: a refusal
+    // leaves them unknown, and an unknown sheet holds a click as it always did.
+    void followSheets();
+    // A sheet came down on one of the app's windows: its birth is noted, and its going
+    // followed so that the note goes with it.
+    void sheetCreated(const AXElement& sheet);
     void forgetFrame(const WindowRef& ref);
 
     WatcherContext context_;
@@ -167,6 +191,11 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     std::unordered_set<WindowRef> titleFollowed_;
     std::unordered_set<WindowRef> confirmedStandard_;
     std::unordered_set<WindowRef> noted_;
+    // When each watched window and each sheet was first seen, until it goes.
+    std::unordered_map<WindowRef, Date> firstSeen_;
+    // Whether the app took "AXSheetCreated": without it, no sheet's birth is known.
+    bool sheetsFollowed_ = false;
+    bool sheetsRefused_ = false;  // refused for good (not a moment's refusal)
     DestroyedWindowSink& engine_;
     // The cached frames again, flat and contiguous, for the hit test on every click: the
     // rectangles alone in one vector, their windows at the same index in the other.

@@ -203,6 +203,48 @@ std::optional<bool> AppWatcher::closeBlockedState(const WindowRef& window) const
     return false;
 }
 
+AppWatcher::CloseHold AppWatcher::closeBlockedState(const WindowRef& window, Date since) const {
+    // Up before the click: first seen before `since`. Never seen: its birth is unknown, and
+    // it holds.
+    auto cameFirst = [this, since](const AXElement& element) {
+        auto seen = firstSeen_.find(WindowRef{element});
+        return seen != firstSeen_.end() && seen->second < since;
+    };
+    Read<std::vector<AXElement>> children = axElementsChecked(window.element, "AXChildren");
+    for (const AXElement& child : children.value.value_or(std::vector<AXElement>{})) {
+        if (cameFirst(child)) continue;
+        if (axString(child, "AXRole") == std::optional<std::string>("AXSheet"))
+            return {true, std::nullopt};
+    }
+    bool unknown = readLeftUnknown(children);
+    Read<std::vector<AXElement>> windows = axElementsChecked(appElement_, "AXWindows");
+    for (const AXElement& other : windows.value.value_or(std::vector<AXElement>{})) {
+        if (cameFirst(other)) continue;
+        auto subrole = axString(other, "AXSubrole");
+        if (subrole && isDialogSubrole(*subrole)) return {true, WindowRef{other}};
+    }
+    if (unknown || readLeftUnknown(windows)) return {std::nullopt, std::nullopt};
+    return {false, std::nullopt};
+}
+
+std::optional<bool> AppWatcher::isDialog(const WindowRef& window) const {
+    Read<AXValue> subrole = axCopyChecked(window.element, "AXSubrole");
+    if (subrole.value) {
+        const std::string* text = subrole.value->get<std::string>();
+        return text && isDialogSubrole(*text);
+    }
+    if (subrole.error == axerror::invalidUIElement || subrole.error == axerror::noValue ||
+        subrole.error == axerror::attributeUnsupported)
+        return false;
+    return std::nullopt;
+}
+
+std::optional<Date> AppWatcher::firstSeen(const WindowRef& element) const {
+    auto seen = firstSeen_.find(element);
+    if (seen == firstSeen_.end()) return std::nullopt;
+    return seen->second;
+}
+
 std::optional<std::vector<AXElement>> AppWatcher::readWindows() const {
     Read<std::vector<AXElement>> windows = axElementsChecked(appElement_, "AXWindows");
     if (!windows.value && windows.error == axerror::noValue) return std::vector<AXElement>{};

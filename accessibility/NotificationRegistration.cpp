@@ -4,7 +4,9 @@
 // still missing are tried again after 0.5, 1, 2 and 4 s (holding the watcher weakly), and one
 // log line says so when the last try fails too. The window list read when attaching is tried
 // again on the same schedule, and a late registration of the app's notifications catches up
-// with the windows opened while it was missing.
+// with the windows opened while it was missing. The births of the app's sheets
+// ("AXSheetCreated") are followed quietly once the app has taken its notifications, and tried
+// again whenever the watcher catches up while the app refused them for a moment.
 
 #include <string>
 #include <vector>
@@ -12,6 +14,7 @@
 #include "accessibility/AXRead.h"
 #include "accessibility/AppWatcher.h"
 #include "accessibility/WindowClassification.h"
+#include "platform/AXNotifications.h"
 #include "settings/Log.h"
 
 namespace quelto {
@@ -57,6 +60,9 @@ void AppWatcher::registerAppNotifications(std::vector<std::string> names, int at
     AXError error;
     std::vector<std::string> again = registerNotifications(appElement_, names, error);
     if (again.empty()) {
+        // The births of its sheets are followed once the app takes its notifications: an app
+        // that does not answer is not asked one more time while it holds Quelto up.
+        followSheets();
         // Taken late: the windows the app opened meanwhile were announced to no one.
         if (attempt > 1) resync();
         return;
@@ -72,6 +78,25 @@ void AppWatcher::registerAppNotifications(std::vector<std::string> names, int at
                                       if (auto self = weak.lock())
                                           self->registerAppNotifications(again, attempt + 1);
                                   });
+}
+
+void AppWatcher::followSheets() {
+    if (sheetsFollowed_ || sheetsRefused_ || !observer_) return;
+    AXError error = observer_->addNotification(
+        appElement_, std::string(nameOf(AXNotification::sheetCreated)), this);
+    if (error.isSuccess() || error == axerror::notificationAlreadyRegistered)
+        sheetsFollowed_ = true;
+    else if (!isTransient(error))
+        sheetsRefused_ = true;  // for good: the births of its sheets stay unknown
+}
+
+void AppWatcher::sheetCreated(const AXElement& sheet) {
+    if (!sheet || !observer_) return;
+    WindowRef ref{sheet};
+    if (!firstSeen_.emplace(ref, context_.clock.now()).second) return;
+    // Its going takes the note with it; a sheet whose going cannot be followed keeps its
+    // note, harmless, until the watcher goes.
+    observer_->addNotification(sheet, std::string(nameOf(AXNotification::elementDestroyed)), this);
 }
 
 void AppWatcher::readWindowsAtAttach(int attempt) {

@@ -101,21 +101,46 @@ void ClickLedger::windowClosing(const WindowRef& window) {
 }
 
 void ClickLedger::scheduleCheck(double delay, const WindowRef& window, Pid pid) {
-    context_.mainQueue.asyncAfter(delay, [owner = owner_, this, window, pid] {
-        if (auto alive = owner.lock()) sustainIfBlocked(window, pid);
+    auto found = clicks_.find(window);
+    if (found == clicks_.end()) return;
+    // The look is this click's: a later click on the window makes its own looks, and the
+    // looks of the one it replaced stop.
+    Date clicked = found->second.at;
+    context_.mainQueue.asyncAfter(delay, [owner = owner_, this, window, pid, clicked] {
+        auto alive = owner.lock();
+        if (!alive) return;
+        const ClickRecord* click = recordOf(window);
+        if (click && click->at == clicked) sustainIfBlocked(window, pid);
     });
+}
+
+void ClickLedger::remember(const WindowRef& window, Pid pid, ModifierFlags modifiers, Date moment) {
+    ClickRecord click{.at = moment,
+                      .pid = pid,
+                      .modifiers = modifiers,
+                      .expiry = moment + ClickRecord::lifetime,
+                      .sustained = false,
+                      .dialogsSince = moment,
+                      .heldBy = std::nullopt,
+                      .missedOnce = false};
+    // A click on a red dot whose close a dialog holds (the window is modal to its sheet, the
+    // red dot does nothing) takes the hold over: the dialogs that came after the held click
+    // still hold this one, though they came before it. Its own first look says so.
+    auto held = clicks_.find(window);
+    if (held != clicks_.end() && held->second.sustained && held->second.pid == pid &&
+        held->second.expiry > moment) {
+        click.dialogsSince = held->second.dialogsSince;
+        click.heldBy = held->second.heldBy;
+    }
+    clicks_.insert_or_assign(window, std::move(click));
+    scheduleCheck(ClickRecord::firstDialogCheck, window, pid);
 }
 
 void ClickLedger::record(const WindowRef& window, const std::shared_ptr<AppWatcher>& watcher,
                          ModifierFlags modifiers, std::string_view how) {
     Date moment = context_.clock.now();
     Pid pid = watcher->pid;
-    clicks_.insert_or_assign(window, ClickRecord{.at = moment,
-                                                 .pid = pid,
-                                                 .modifiers = modifiers,
-                                                 .expiry = moment + ClickRecord::lifetime,
-                                                 .sustained = false});
-    scheduleCheck(ClickRecord::firstDialogCheck, window, pid);
+    remember(window, pid, modifiers, moment);
 
     // The title the watcher knows: the application is not asked again.
     const AppWatcher::KnownWindow* known = watcher->knownWindow(window);
@@ -130,12 +155,7 @@ void ClickLedger::record(const WindowRef& window, const std::shared_ptr<AppWatch
     for (const auto& entry : watcher->closeButtonFrames()) {
         const WindowRef& other = entry.first;
         if (other == window) continue;
-        clicks_.insert_or_assign(other, ClickRecord{.at = moment,
-                                                    .pid = pid,
-                                                    .modifiers = modifiers,
-                                                    .expiry = moment + ClickRecord::lifetime,
-                                                    .sustained = false});
-        scheduleCheck(ClickRecord::firstDialogCheck, other, pid);
+        remember(other, pid, modifiers, moment);
     }
 }
 
@@ -161,35 +181,70 @@ void ClickLedger::sustainIfBlocked(const WindowRef& window, Pid pid) {
         return;
     }
 
-    std::optional<bool> state = watcher->closeBlockedState(window);
+    std::optional<bool> state = lookForDialog(*watcher, window);
     // The check's reads take time on a slow application: renewals count from when it
     // returned, or a long check would eat into the very time it grants.
     Date checked = context_.clock.now();
+    // The lookups above may have run observer work; find the record afresh.
+    found = clicks_.find(window);
+    if (found == clicks_.end()) return;
+    ClickRecord& click = found->second;
     // Unknown is not "no dialog": while the reads fail (an app that does not answer), a click
-    // held by a dialog stays held. A click never held simply runs its course.
-    bool blocked = state.value_or(false);
+    // held by a dialog stays held, and so does one that took such a hold over (its dialogs
+    // counted from an earlier click). A click never held simply runs its course.
     if (!state) {
-        found = clicks_.find(window);
-        if (found == clicks_.end() || !found->second.sustained) return;
-        blocked = true;
-    }
-    if (blocked) {
-        // The lookups above may have run observer work; find the record afresh.
-        found = clicks_.find(window);
-        if (found == clicks_.end()) return;
-        ClickRecord& click = found->second;
-        if (!click.sustained) {
-            click.sustained = true;
-            log("  …close is waiting on a dialog — holding the click");
-        }
+        if (!click.sustained && !(click.dialogsSince < click.at)) return;
+        click.missedOnce = false;
         click.expiry = checked + ClickRecord::lifetime;
         scheduleCheck(ClickRecord::dialogPollInterval, window, pid);
         return;
     }
+    if (*state) {
+        if (!click.sustained) {
+            click.sustained = true;
+            log("  …close is waiting on a dialog — holding the click");
+        }
+        click.missedOnce = false;
+        click.expiry = checked + ClickRecord::lifetime;
+        scheduleCheck(ClickRecord::dialogPollInterval, window, pid);
+        return;
+    }
+    if (!click.sustained) return;
+    // One look that finds no dialog may fall between two (a question sheet giving way to the
+    // Save panel): the hold ends only when a second look, a moment later, finds none either.
+    if (!click.missedOnce) {
+        click.missedOnce = true;
+        click.expiry = checked + ClickRecord::lifetime;
+        scheduleCheck(ClickRecord::secondLook, window, pid);
+        return;
+    }
+    click.missedOnce = false;
+    click.expiry = checked + ClickRecord::afterDialogGrace;
+}
 
+std::optional<bool> ClickLedger::lookForDialog(const AppWatcher& watcher, const WindowRef& window) {
+    auto found = clicks_.find(window);
+    if (found == clicks_.end()) return std::nullopt;
+    std::optional<WindowRef> heldBy = found->second.heldBy;
+    // Dialogs and sheets seen before the click (by the margin) were up before it: a red dot
+    // that an alert made inert is held by nothing.
+    Date since = found->second.dialogsSince - ClickRecord::cameFirstMargin;
+
+    // The dialog window that held the click at an earlier look is asked directly, wherever
+    // it is: "AXWindows" lists only the current Space's windows, and the user may have gone
+    // to another one. It holds while it is alive and a dialog, and not ordered out.
+    bool unknown = false;
+    if (heldBy) {
+        std::optional<bool> dialog = watcher.isDialog(*heldBy);
+        if (dialog == std::optional<bool>(true) && !isOrderedOut(context_.spaces, heldBy->element))
+            return true;
+        unknown = !dialog;
+    }
+    AppWatcher::CloseHold hold = watcher.closeBlockedState(window, since);
     found = clicks_.find(window);
-    if (found == clicks_.end()) return;
-    if (found->second.sustained) found->second.expiry = checked + ClickRecord::afterDialogGrace;
+    if (found != clicks_.end() && hold.blocked) found->second.heldBy = hold.dialog;
+    if (hold.blocked == std::optional<bool>(false) && unknown) return std::nullopt;
+    return hold.blocked;
 }
 
 std::optional<ClickLedger::Hit> ClickLedger::confirmHit(const WindowRef& window,

@@ -111,7 +111,13 @@ class ClickLedger {
         bool closedBeforeUp = false;
     };
 
+    // The next look at the window's click, `delay` from now: for that click only.
     void scheduleCheck(double delay, const WindowRef& window, Pid pid);
+    // Makes the window's record of a click at `moment` and schedules its first look.
+    void remember(const WindowRef& window, Pid pid, ModifierFlags modifiers, Date moment);
+    // Whether a dialog or sheet that came after the click holds the close (none: cannot
+    // tell); the dialog window found holding it is remembered in the record.
+    std::optional<bool> lookForDialog(const AppWatcher& watcher, const WindowRef& window);
     void openPress(const Hit& hit, bool cached);
     // Which of the watcher's windows the window server shows as `shown`; none when none is.
     std::optional<WindowRef> windowShownAs(const WindowServerWindow& shown,

@@ -14,6 +14,7 @@ enum class AXNotification {
     windowMoved,           // "AXWindowMoved", on a window
     windowResized,         // "AXWindowResized", on a window
     titleChanged,          // "AXTitleChanged", on a window
+    sheetCreated,          // "AXSheetCreated", on an application element (the sheet posted)
 };
 
 struct AXNotificationName {
@@ -28,6 +29,7 @@ inline constexpr AXNotificationName axNotificationNames[] = {
     {AXNotification::windowMoved, "AXWindowMoved"},
     {AXNotification::windowResized, "AXWindowResized"},
     {AXNotification::titleChanged, "AXTitleChanged"},
+    {AXNotification::sheetCreated, "AXSheetCreated"},
 };
 
 // The platform's name of the notification.

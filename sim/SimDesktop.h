@@ -222,6 +222,11 @@ class SimDesktop final : public Accessibility,
     // window's close button does nothing.
     ElementId showSheet(ElementId window);
     void answerSheet(ElementId window, bool closesWindow);
+    // "Save…" in a question sheet of a document never saved: the question sheet goes, and
+    // `saveAsPanelDelay` later the Save panel comes down on the window as a new sheet
+    // ("AXSheetCreated"), which `answerSheet` answers in its turn.
+    void answerSheetWithSaveAs(ElementId window);
+    static constexpr double saveAsPanelDelay = 0.05;
     // A dialog window of the application (role "AXWindow", subrole e.g. "AXDialog");
     // `appModal`: an alert run modally, which leaves the application's other windows' close
     // buttons without effect while it is up.

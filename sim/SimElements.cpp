@@ -424,6 +424,11 @@ ElementId SimDesktop::showSheet(ElementId window) {
     sheet.number = s.nextWindowNumber++;
     ElementId id = s.newElement(std::move(sheet));
     s.find(window)->sheets.push_back(id);
+    // As AppKit does (NSAccessibilitySheetCreatedNotification): posted on the application,
+    // with the sheet as the element. A sheet is no window of the app's "AXWindows", and no
+    // "AXWindowCreated" announces it.
+    if (const AppRecord* app = s.runningApp(s.find(window)->pid))
+        s.post(app->appElement, std::string(nameOf(AXNotification::sheetCreated)), id);
     return id;
 }
 
@@ -436,6 +441,18 @@ void SimDesktop::answerSheet(ElementId window, bool closesWindow) {
     if (Element* e = s.find(sheet)) e->alive = false;
     s.post(sheet, std::string(nameOf(AXNotification::elementDestroyed)), sheet);
     if (closesWindow) s.scheduleClose(window);
+}
+
+void SimDesktop::answerSheetWithSaveAs(ElementId window) {
+    State& s = *state_;
+    Element* w = s.liveWindow(window);
+    if (!w || w->sheets.empty()) return;
+    answerSheet(window, false);
+    // The question goes, and the Save panel comes down on the window a moment later, as a
+    // sheet of its own: for that moment the window has no sheet.
+    s.scheduleWorld(saveAsPanelDelay, [this, window] {
+        if (state_->liveWindow(window)) showSheet(window);
+    });
 }
 
 ElementId SimDesktop::showDialog(Pid pid, const std::string& subrole, const std::string& title,

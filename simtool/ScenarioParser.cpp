@@ -142,8 +142,9 @@ const std::vector<Parser::Command>& Parser::commands() {
          &Parser::dialogCommand},
         {{"sheet", "sheet APP \"TITLE\"", "A sheet slides down on the window."},
          &Parser::sheetCommand},
-        {{"answer", "answer APP \"TITLE\" save|dont-save|cancel",
-          "The user answers the window's sheet; save and dont-save close the window."},
+        {{"answer", "answer APP \"TITLE\" save|save-as|dont-save|cancel",
+          "The user answers the window's sheet; save and dont-save close the window; save-as "
+          "replaces the sheet by the Save panel's, 0.05 s later."},
          &Parser::answerCommand},
         {{"close", "close APP \"TITLE\"",
           "The window closes without a click: ⌘W, the File menu, or the app itself."},

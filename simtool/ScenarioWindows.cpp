@@ -170,20 +170,23 @@ void Parser::sheetCommand(Args& args) {
 void Parser::answerCommand(Args& args) {
     auto ref = windowRef(args);
     if (!ref) return;
-    auto how = args.bare("save, dont-save or cancel");
+    auto how = args.bare("save, save-as, dont-save or cancel");
     if (!how) return;
-    bool closes;
+    bool closes = false;
+    bool saveAs = *how == "save-as";
     if (*how == "save" || *how == "dont-save" || *how == "delete")
         closes = true;
-    else if (*how == "cancel")
-        closes = false;
-    else
-        return args.fail("a sheet is answered with save, dont-save or cancel, not " +
+    else if (*how != "cancel" && !saveAs)
+        return args.fail("a sheet is answered with save, save-as, dont-save or cancel, not " +
                          inQuotes(*how));
     if (!args.end()) return;
     int line = args.line();
-    addStep(line, "answer", [ref, closes, line](ScenarioRunner& r) {
-        if (auto id = r.openWindow(line, ref->first, ref->second))
+    addStep(line, "answer", [ref, closes, saveAs, line](ScenarioRunner& r) {
+        auto id = r.openWindow(line, ref->first, ref->second);
+        if (!id) return;
+        if (saveAs)
+            r.desktop().answerSheetWithSaveAs(*id);
+        else
             r.desktop().answerSheet(*id, closes);
     });
 }

@@ -79,6 +79,7 @@ TEST_F(WatcherTest, ObserverOnTheRunLoopWithRegistrationsInOrder) {
     // Windows in "AXWindows" order: front to back, so B first.
     EXPECT_EQ(desktop.registrations(pid), (R{{app, axWindowCreated},
                                              {app, axFocusedWindowChanged},
+                                             {app, axSheetCreated},
                                              {b, axElementDestroyed},
                                              {b, axWindowMoved},
                                              {b, axWindowResized},

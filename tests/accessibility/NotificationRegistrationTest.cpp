@@ -38,8 +38,10 @@ TEST_F(RegistrationRetries, AppLevelRegistrationsRefusedTwiceAreTakenHalfASecond
     desktop.advance(0.4);
     EXPECT_TRUE(desktop.registrations(pid).empty());
     desktop.advance(0.2);
-    EXPECT_EQ(desktop.registrations(pid),
-              (Registrations{{app(), axWindowCreated}, {app(), axFocusedWindowChanged}}));
+    // The sheets' notification is asked for once the app takes the others.
+    EXPECT_EQ(desktop.registrations(pid), (Registrations{{app(), axWindowCreated},
+                                                         {app(), axFocusedWindowChanged},
+                                                         {app(), axSheetCreated}}));
 
     // A window created from then on is announced and watched.
     ElementId w = addWindow("Later");
@@ -53,8 +55,9 @@ TEST_F(RegistrationRetries, OnlyTheRefusedRegistrationIsTriedAgain) {
     auto watcher = makeWatcher();
     EXPECT_EQ(desktop.registrations(pid), (Registrations{{app(), axFocusedWindowChanged}}));
     desktop.advance(0.5);
-    EXPECT_EQ(desktop.registrations(pid),
-              (Registrations{{app(), axFocusedWindowChanged}, {app(), axWindowCreated}}));
+    EXPECT_EQ(desktop.registrations(pid), (Registrations{{app(), axFocusedWindowChanged},
+                                                         {app(), axWindowCreated},
+                                                         {app(), axSheetCreated}}));
 }
 
 TEST_F(RegistrationRetries, TriesFiveTimesOnTheScheduleThenLogsOnce) {
@@ -79,11 +82,26 @@ TEST_F(RegistrationRetries, TriesFiveTimesOnTheScheduleThenLogsOnce) {
     EXPECT_EQ(desktop.pendingWorkCount(), 0u);
 }
 
+TEST_F(RegistrationRetries, TheSheetsNotificationIsAskedForWhenCatchingUpAfterTheAppRefused) {
+    refuse(app(), -1);
+    auto watcher = makeWatcher();
+    desktop.advance(10);  // five tries, one line
+    EXPECT_EQ(desktop.registrationCount(app(), axSheetCreated), 0u);
+    // The app answers again; the next time the watcher catches up, its sheets are followed.
+    desktop.clearInjectedErrors();
+    watcher->resync();
+    EXPECT_EQ(desktop.registrationCount(app(), axSheetCreated), 1u);
+    std::uint64_t requests = desktop.notificationRequestCount();
+    watcher->resync();
+    EXPECT_EQ(desktop.notificationRequestCount(), requests);
+}
+
 TEST_F(RegistrationRetries, FinalRefusalsAreNotTriedAgain) {
     refuse(app(), -1, axerror::notificationUnsupported);
     auto watcher = makeWatcher();
     desktop.advance(10);
-    EXPECT_EQ(desktop.notificationRequestCount(), 2u);
+    watcher->resync();
+    EXPECT_EQ(desktop.notificationRequestCount(), 3u);
     EXPECT_TRUE(log.linesContaining("did not take").empty());
 }
 

@@ -60,10 +60,14 @@ TEST_F(ClickAttributionTest, ACachedCloseButtonOfABackgroundApplicationIsMatched
     ASSERT_EQ(engine->clicks().size(), 1u);
     const ClickRecord& click = clickOf(notes);
     Date t = desktop.now();
-    EXPECT_EQ(
-        click,
-        (ClickRecord{
-            .at = t, .pid = textEdit, .modifiers = 0, .expiry = t + 2.0, .sustained = false}));
+    EXPECT_EQ(click, (ClickRecord{.at = t,
+                                  .pid = textEdit,
+                                  .modifiers = 0,
+                                  .expiry = t + 2.0,
+                                  .sustained = false,
+                                  .dialogsSince = t,
+                                  .heldBy = std::nullopt,
+                                  .missedOnce = false}));
     // The hit came from memory: no close button was read. Confirming it took one read of the
     // window server's list, the application's window list and the window's own frame; the
     // log line names the window by the title the watcher follows.
@@ -360,7 +364,8 @@ TEST_F(ClickAttributionTest, ADialogDismissedWithoutClosingLeavesAFiveSecondGrac
     clickClose(letter);
     desktop.advance(2.0);
     desktop.answerSheet(letter, false);  // "Cancel": the window stays
-    desktop.advance(0.35);               // the check at 12.35 sees the dialog gone
+    desktop.advance(0.35);               // the check at 12.35 sees the dialog gone…
+    desktop.advance(0.25);               // …and so does the one at 12.60
     const ClickRecord& click = clickOf(letter);
     EXPECT_TRUE(click.sustained);
     EXPECT_EQ(click.expiry, desktop.now() + 5.0);
@@ -368,7 +373,7 @@ TEST_F(ClickAttributionTest, ADialogDismissedWithoutClosingLeavesAFiveSecondGrac
 
     // Nothing renews it any more; within the grace, a close counts as the red dot, after a
     // dialog.
-    desktop.advance(4.65);
+    desktop.advance(4.4);
     EXPECT_EQ(clickOf(letter).expiry, graceEnd);
     desktop.closeWindowWithoutClick(letter);
     desktop.advance(0.3);

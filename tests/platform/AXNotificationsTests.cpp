@@ -19,6 +19,7 @@ TEST(AXNotifications, NamesAreThePlatformsOwn) {
     EXPECT_EQ(nameOf(AXNotification::windowMoved), "AXWindowMoved");
     EXPECT_EQ(nameOf(AXNotification::windowResized), "AXWindowResized");
     EXPECT_EQ(nameOf(AXNotification::titleChanged), "AXTitleChanged");
+    EXPECT_EQ(nameOf(AXNotification::sheetCreated), "AXSheetCreated");
 }
 
 TEST(AXNotifications, EachNameMapsBackToItsNotification) {

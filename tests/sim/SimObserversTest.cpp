@@ -59,6 +59,52 @@ TEST_F(SimObservers, WindowCreatedGoesToTheApplicationRegistrationWithTheWindow)
     EXPECT_EQ(seen[0].refcon, &tag);
 }
 
+TEST_F(SimObservers, ASheetIsAnnouncedOnTheApplicationAsASheetNotAWindow) {
+    auto observer = observe();
+    observer->addRunLoopSourceToMainRunLoop();
+    AXElement app = desktop.applicationElement(42);
+    observer->addNotification(app, axWindowCreated, &tag);
+    observer->addNotification(app, axSheetCreated, &tag);
+    ElementId w = desktop.addWindow(42, WindowDescription{});
+    desktop.runDue();
+    seen.clear();
+    ElementId sheet = desktop.showSheet(w);
+    desktop.runDue();
+    ASSERT_EQ(seen.size(), 1u);
+    EXPECT_EQ(seen[0].notification, axSheetCreated);
+    EXPECT_TRUE(seen[0].element->isSameElement(*desktop.element(sheet)));
+}
+
+TEST_F(SimObservers, SaveAsReplacesTheQuestionSheetByTheSavePanelAMomentLater) {
+    auto observer = observe();
+    observer->addRunLoopSourceToMainRunLoop();
+    observer->addNotification(desktop.applicationElement(42), axSheetCreated, &tag);
+    ElementId w = desktop.addWindow(42, WindowDescription{});
+    ElementId question = desktop.showSheet(w);
+    desktop.runDue();
+    seen.clear();
+    desktop.answerSheetWithSaveAs(w);
+    desktop.runDue();
+    // The question is gone, and for a moment the window has no sheet.
+    std::optional<AXValue> children;
+    desktop.element(w)->copyAttributeValue("AXChildren", children);
+    ASSERT_TRUE(children && children->get<AXArray>());
+    EXPECT_EQ(children->get<AXArray>()->size(), 1u);  // its close button alone
+    EXPECT_FALSE(desktop.element(question)->copyAttributeValue("AXRole", children).isSuccess());
+    EXPECT_TRUE(seen.empty());
+
+    desktop.advance(SimDesktop::saveAsPanelDelay);
+    ASSERT_EQ(seen.size(), 1u);
+    EXPECT_EQ(seen[0].notification, axSheetCreated);
+    desktop.element(w)->copyAttributeValue("AXChildren", children);
+    ASSERT_TRUE(children && children->get<AXArray>());
+    EXPECT_EQ(children->get<AXArray>()->size(), 2u);
+    // Answered in its turn, the panel closes the window.
+    desktop.answerSheet(w, true);
+    desktop.advance(1);
+    EXPECT_FALSE(desktop.windowDescription(w).has_value());
+}
+
 TEST_F(SimObservers, PerWindowNotificationsInOrder) {
     auto observer = observe();
     observer->addRunLoopSourceToMainRunLoop();

@@ -228,6 +228,11 @@ TEST(ScenarioParser, DesktopCommandsNameTheirBadWords) {
               (std::vector<std::string>{
                   "x.scn:1: error: \"here\" is not a modifier key (shift, option, command, "
                   "control, joined by + as in shift+option, or a raw flag word as in 0x20000)"}));
+    EXPECT_EQ(errorsOf("app A com.a\nwindow A \"W\" asks-to-save\nanswer A \"W\" save-as\n"),
+              (std::vector<std::string>{}));
+    EXPECT_EQ(errorsOf("app A com.a\nwindow A \"W\" asks-to-save\nanswer A \"W\" maybe\n"),
+              (std::vector<std::string>{"x.scn:3: error: a sheet is answered with save, "
+                                        "save-as, dont-save or cancel, not \"maybe\""}));
     EXPECT_EQ(errorsOf("hide Nobody\n"),
               (std::vector<std::string>{"x.scn:1: error: no app named \"Nobody\" is declared "
                                         "before this line (declare it with app or launch)"}));

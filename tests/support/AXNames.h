@@ -14,5 +14,6 @@ inline const std::string axElementDestroyed{nameOf(AXNotification::elementDestro
 inline const std::string axWindowMoved{nameOf(AXNotification::windowMoved)};
 inline const std::string axWindowResized{nameOf(AXNotification::windowResized)};
 inline const std::string axTitleChanged{nameOf(AXNotification::titleChanged)};
+inline const std::string axSheetCreated{nameOf(AXNotification::sheetCreated)};
 
 }  // namespace quelto
