@@ -4,7 +4,8 @@
 // still missing are tried again after 0.5, 1, 2 and 4 s (holding the watcher weakly), and one
 // log line says so when the last try fails too. The window list read when attaching is tried
 // again on the same schedule, and a late registration of the app's notifications catches up
-// with the windows opened while it was missing.
+// with the windows opened while it was missing. While the app is left alone (a call to it
+// timed out), a try due is put off until the quiet period ends and counts only once made.
 
 #include <string>
 #include <vector>
@@ -41,7 +42,7 @@ std::vector<std::string> AppWatcher::registerNotifications(const AXElement& elem
                                                            AXError& lastError) {
     std::vector<std::string> again;
     for (const std::string& name : names) {
-        AXError error = observer_->addNotification(element, name, this);
+        AXError error = addNotification(element, name);
         if (error.isSuccess() || error == axerror::notificationAlreadyRegistered) continue;
         // A refusal that will not change is left alone: the element is watched with fewer
         // notifications.
@@ -54,6 +55,10 @@ std::vector<std::string> AppWatcher::registerNotifications(const AXElement& elem
 
 void AppWatcher::registerAppNotifications(std::vector<std::string> names, int attempt) {
     if (!observer_) return;
+    if (deferWhileLeftAlone([names, attempt](AppWatcher& self) {
+            self.registerAppNotifications(names, attempt);
+        }))
+        return;
     AXError error;
     std::vector<std::string> again = registerNotifications(appElement_, names, error);
     if (again.empty()) {
@@ -76,6 +81,9 @@ void AppWatcher::registerAppNotifications(std::vector<std::string> names, int at
 
 void AppWatcher::readWindowsAtAttach(int attempt) {
     if (!observer_) return;
+    if (deferWhileLeftAlone([attempt](AppWatcher& self) { self.readWindowsAtAttach(attempt); }))
+        return;
+    ReadsOf reads(quiet_, ReadsOf::Mode::leaveAlone);
     Read<std::vector<AXElement>> list = axElementsChecked(appElement_, "AXWindows");
     if (list.value) {
         for (const AXElement& window : *list.value) watch(window);
@@ -97,6 +105,10 @@ void AppWatcher::registerWindowNotifications(const AXElement& window,
                                              std::vector<std::string> names, int attempt) {
     // A window closed meanwhile needs nothing more.
     if (!observer_ || !watchedWindows_.count(WindowRef{window})) return;
+    if (deferWhileLeftAlone([window, names, attempt](AppWatcher& self) {
+            self.registerWindowNotifications(window, names, attempt);
+        }))
+        return;
     AXError error;
     std::vector<std::string> again = registerNotifications(window, names, error);
     if (again.empty()) return;
