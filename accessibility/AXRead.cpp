@@ -15,7 +15,8 @@ ReadsOf::Mode currentMode = ReadsOf::Mode::ask;
 
 }  // namespace
 
-ReadsOf::ReadsOf(QuietPeriod& quiet, Mode mode) : outerQuiet_(currentQuiet), outerMode_(currentMode) {
+ReadsOf::ReadsOf(QuietPeriod& quiet, Mode mode)
+    : outerQuiet_(currentQuiet), outerMode_(currentMode) {
     currentQuiet = &quiet;
     currentMode = mode;
 }

@@ -114,8 +114,7 @@ void AppWatcher::followTitleAndButton(const AXElement& window) {
     WindowRef ref{window};
     // The title is followed, once and quietly, so that a click's log line needs no read of
     // its own; a window that does not take the notification has its title read at the click.
-    AXError followed =
-        addNotification(window, std::string(nameOf(AXNotification::titleChanged)));
+    AXError followed = addNotification(window, std::string(nameOf(AXNotification::titleChanged)));
     if (followed.isSuccess() || followed == axerror::notificationAlreadyRegistered)
         titleFollowed_.insert(ref);
     refreshCloseButton(window, 1);

@@ -55,9 +55,8 @@ std::vector<std::string> AppWatcher::registerNotifications(const AXElement& elem
 
 void AppWatcher::registerAppNotifications(std::vector<std::string> names, int attempt) {
     if (!observer_) return;
-    if (deferWhileLeftAlone([names, attempt](AppWatcher& self) {
-            self.registerAppNotifications(names, attempt);
-        }))
+    if (deferWhileLeftAlone(
+            [names, attempt](AppWatcher& self) { self.registerAppNotifications(names, attempt); }))
         return;
     AXError error;
     std::vector<std::string> again = registerNotifications(appElement_, names, error);

@@ -83,7 +83,8 @@ TEST_F(QuietPeriodTest, ATimeOutDuringThePeriodMakesItLastFromThen) {
 
 TEST_F(QuietPeriodTest, ReadsInALeaveAloneScopeAreSparedAndThoseToAskAreMade) {
     desktop.addApp(sim::testing::app(42, "Notes", "com.apple.Notes"));
-    ElementId w = desktop.addWindow(42, sim::testing::window("Doc", Rect{{0, 0}, {400, 300}}), true);
+    ElementId w =
+        desktop.addWindow(42, sim::testing::window("Doc", Rect{{0, 0}, {400, 300}}), true);
     AXElement window = desktop.element(w);
     desktop.setSystemWideMessagingTimeout(1.0f);
     desktop.hangApp(42, std::nullopt);
@@ -217,11 +218,9 @@ TEST_F(LeftAlone, AnAttachWaitsOneSecondAndPutsOffTheRest) {
     EXPECT_FALSE(watcher->isWatched(ref(w)));
     // Once the period is over, the app answers: registrations taken, windows watched.
     desktop.advance(10);
-    EXPECT_EQ(desktop.registrationCount(desktop.applicationElementId(pid), "AXWindowCreated"),
-              1u);
-    EXPECT_EQ(desktop.registrationCount(desktop.applicationElementId(pid),
-                                        "AXFocusedWindowChanged"),
-              1u);
+    EXPECT_EQ(desktop.registrationCount(desktop.applicationElementId(pid), "AXWindowCreated"), 1u);
+    EXPECT_EQ(
+        desktop.registrationCount(desktop.applicationElementId(pid), "AXFocusedWindowChanged"), 1u);
     EXPECT_TRUE(watcher->isWatched(ref(w)));
     EXPECT_EQ(desktop.registrationCount(w, "AXUIElementDestroyed"), 1u);
     EXPECT_EQ(watcher->closeButtonFrames().count(ref(w)), 1u);
