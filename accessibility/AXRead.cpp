@@ -3,13 +3,39 @@
 
 #include "accessibility/AXRead.h"
 
+#include "accessibility/QuietPeriod.h"
+
 namespace quelto {
+
+namespace {
+
+// The innermost `ReadsOf`: main thread only, like every read.
+QuietPeriod* currentQuiet = nullptr;
+ReadsOf::Mode currentMode = ReadsOf::Mode::ask;
+
+}  // namespace
+
+ReadsOf::ReadsOf(QuietPeriod& quiet, Mode mode)
+    : outerQuiet_(currentQuiet), outerMode_(currentMode) {
+    currentQuiet = &quiet;
+    currentMode = mode;
+}
+
+ReadsOf::~ReadsOf() {
+    currentQuiet = outerQuiet_;
+    currentMode = outerMode_;
+}
 
 Read<AXValue> axCopyChecked(const AXElement& element, const std::string& attribute) {
     // A null element is what the platform calls an illegal argument; there is no round trip.
     if (!element) return Read<AXValue>{std::nullopt, axerror::illegalArgument};
+    QuietPeriod* quiet = currentQuiet;
+    if (quiet && currentMode == ReadsOf::Mode::leaveAlone && quiet->isQuiet())
+        return Read<AXValue>{std::nullopt, axerror::cannotComplete};
+    const Date started = quiet ? quiet->now() : Date{};
     std::optional<AXValue> value;
     AXError error = element->copyAttributeValue(attribute, value);
+    if (quiet) quiet->noteCall(started, error);
     if (!error.isSuccess()) return Read<AXValue>{std::nullopt, error};
     return Read<AXValue>{std::move(value), error};
 }

@@ -1,7 +1,9 @@
 #pragma once
 // Typed reads of one Accessibility attribute of one element. Each reader makes exactly one
 // platform round trip (axFrame two at most), returns an absent value or an empty list on
-// any failure, and never logs, throws or retries.
+// any failure, and never logs, throws or retries. While a `ReadsOf` lives, each round trip is
+// told to that application's quiet period (QuietPeriod.h), which may spare it and which
+// logs when one begins.
 
 #include <optional>
 #include <string>
@@ -11,6 +13,26 @@
 #include "platform/Accessibility.h"
 
 namespace quelto {
+
+class QuietPeriod;
+
+// The reads made while one lives are of one application's elements: each round trip is
+// timed for its quiet period. With `leaveAlone`, a read during the period makes no round trip
+// and fails at once with cannotComplete, as it would have after waiting out the time-out;
+// with `ask` (what a close decision needs) the app is asked all the same. Scopes nest, the
+// innermost one counts; all on the main thread.
+class ReadsOf {
+  public:
+    enum class Mode { leaveAlone, ask };
+    ReadsOf(QuietPeriod& quiet, Mode mode);
+    ~ReadsOf();
+    ReadsOf(const ReadsOf&) = delete;
+    ReadsOf& operator=(const ReadsOf&) = delete;
+
+  private:
+    QuietPeriod* outerQuiet_;
+    Mode outerMode_;
+};
 
 // A read that says why it failed: the value, or none with the reason in `error` (which is
 // success when the platform answered but gave nothing usable).

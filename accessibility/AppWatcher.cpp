@@ -38,6 +38,7 @@ AppWatcher::AppWatcher(Token, const RunningApplicationRef& app, DestroyedWindowS
       bundleID(app->bundleIdentifier().value_or("<none>")),
       attachedAt(context.clock.now()),
       context_(context),
+      quiet_(context.clock, name),
       engine_(engine) {}
 
 AppWatcher::~AppWatcher() {
@@ -68,6 +69,24 @@ bool AppWatcher::attach() {
     return true;
 }
 
+bool AppWatcher::deferWhileLeftAlone(std::function<void(AppWatcher&)> later) {
+    if (!quiet_.isQuiet()) return false;
+    context_.mainQueue.asyncAfter(quiet_.remaining(),
+                                  [weak = weak_from_this(), later = std::move(later)] {
+                                      if (auto self = weak.lock()) later(*self);
+                                  });
+    return true;
+}
+
+AXError AppWatcher::addNotification(const AXElement& element, const std::string& notification) {
+    // Left alone: not asked, refused as the app would have after its time-out.
+    if (quiet_.isQuiet()) return axerror::cannotComplete;
+    const Date started = quiet_.now();
+    AXError error = observer_->addNotification(element, notification, this);
+    quiet_.noteCall(started, error);
+    return error;
+}
+
 void AppWatcher::watch(const AXElement& window) {
     if (!window || !observer_) return;
     WindowRef ref{window};
@@ -75,15 +94,30 @@ void AppWatcher::watch(const AXElement& window) {
     // Seen now: announced, found when attaching, or caught up with (a window that opened
     // unannounced was born earlier still).
     firstSeen_.emplace(ref, context_.clock.now());
+    follow(window);
+}
+
+void AppWatcher::follow(const AXElement& window) {
+    // A window closed meanwhile needs nothing more.
+    if (!observer_ || !watchedWindows_.count(WindowRef{window})) return;
+    if (deferWhileLeftAlone([window](AppWatcher& self) { self.follow(window); })) return;
     registerWindowNotifications(window,
                                 {std::string(nameOf(AXNotification::elementDestroyed)),
                                  std::string(nameOf(AXNotification::windowMoved)),
                                  std::string(nameOf(AXNotification::windowResized))},
                                 1);
+    followTitleAndButton(window);
+}
+
+void AppWatcher::followTitleAndButton(const AXElement& window) {
+    if (!observer_ || !watchedWindows_.count(WindowRef{window})) return;
+    // The registrations just made may have timed out.
+    if (deferWhileLeftAlone([window](AppWatcher& self) { self.followTitleAndButton(window); }))
+        return;
+    WindowRef ref{window};
     // The title is followed, once and quietly, so that a click's log line needs no read of
     // its own; a window that does not take the notification has its title read at the click.
-    AXError followed =
-        observer_->addNotification(window, std::string(nameOf(AXNotification::titleChanged)), this);
+    AXError followed = addNotification(window, std::string(nameOf(AXNotification::titleChanged)));
     if (followed.isSuccess() || followed == axerror::notificationAlreadyRegistered)
         titleFollowed_.insert(ref);
     refreshCloseButton(window, 1);
@@ -156,8 +190,19 @@ void AppWatcher::windowGone(const WindowRef& ref) {
 }
 
 void AppWatcher::resync() {
+    // Left alone: one catch-up once the period is over stands for every one asked meanwhile.
+    if (quiet_.isQuiet()) {
+        if (resyncDeferred_) return;
+        resyncDeferred_ = true;
+        deferWhileLeftAlone([](AppWatcher& self) {
+            self.resyncDeferred_ = false;
+            self.resync();
+        });
+        return;
+    }
     // Sheets not followed yet (the app refused for a moment) are tried again as windows are.
     followSheets();
+    ReadsOf reads(quiet_, ReadsOf::Mode::leaveAlone);
     std::vector<AXElement> windows = axElements(appElement_, "AXWindows");
     for (const AXElement& window : windows) {
         WindowRef ref{window};
@@ -189,6 +234,9 @@ std::vector<AXElement> AppWatcher::userWindows() const {
 }
 
 AppWatcher::UserWindowList AppWatcher::readUserWindows() const {
+    // The close decision's count: read even while the app is left alone (unknown keeps it
+    // running), and timed like every other call.
+    ReadsOf reads(quiet_, ReadsOf::Mode::ask);
     Read<std::vector<AXElement>> list = axElementsChecked(appElement_, "AXWindows");
     if (!list.value) {
         UserWindowList unknown;

@@ -3,6 +3,7 @@
 // process, tracks the application's windows, keeps each window's close-button frame (or why
 // there is none), and reports destroyed windows to the engine.
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,6 +13,7 @@
 
 #include "accessibility/AXRead.h"
 #include "accessibility/CloseButtonMiss.h"
+#include "accessibility/QuietPeriod.h"
 #include "accessibility/WindowRef.h"
 #include "platform/Accessibility.h"
 #include "platform/MainQueue.h"
@@ -60,10 +62,17 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     const std::string bundleID;  // bundle identifier, or "<none>"
     const Date attachedAt;
 
+    // Whether the app is being left alone: a call to it timed out less than
+    // `QuietPeriod::length` ago. Meanwhile it is asked only what a close decision needs
+    // (`readUserWindows`); what else would have been read (catching up, close buttons,
+    // registrations, titles) is done once the period is over, and the live hit test and
+    // `readWindows` answer without asking.
+    bool isLeftAlone() const { return quiet_.isQuiet(); }
+
     // Window lists: each reads "AXWindows" afresh.
     std::vector<AXElement> currentWindows() const;
-    // The same list, none when it could not be read (an application that does not answer):
-    // never taken for an application with no windows.
+    // The same list, none when it could not be read (an application that does not answer, or
+    // one being left alone): never taken for an application with no windows.
     std::optional<std::vector<AXElement>> readWindows() const;
     std::vector<AXElement> standardWindows() const;
     std::vector<AXElement> userWindows() const;
@@ -157,6 +166,14 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
   private:
     bool attach();
     void watch(const AXElement& window);
+    // A newly watched window's registrations and close button (deferred while left alone).
+    void follow(const AXElement& window);
+    void followTitleAndButton(const AXElement& window);
+    // While the app is left alone: `later` runs once the period is over (holding the watcher
+    // weakly), and true is returned. Work found quiet again then defers itself again.
+    bool deferWhileLeftAlone(std::function<void(AppWatcher&)> later);
+    // A registration, timed for the quiet period.
+    AXError addNotification(const AXElement& element, const std::string& notification);
     // Observer registrations, tried again after a transient refusal
     // (NotificationRegistration.cpp). Gives the names to try again and the last error.
     std::vector<std::string> registerNotifications(const AXElement& element,
@@ -182,6 +199,10 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     void forgetFrame(const WindowRef& ref);
 
     WatcherContext context_;
+    mutable QuietPeriod quiet_;  // timed by const reads too
+    // Work put off until the quiet period ends, once each: a catch-up, a window's refresh.
+    bool resyncDeferred_ = false;
+    std::unordered_set<WindowRef> refreshDeferred_;
     AXElement appElement_;
     std::unique_ptr<AXObserver> observer_;
     std::unordered_set<WindowRef> watchedWindows_;

@@ -47,7 +47,14 @@ void AppWatcher::storeFrame(const WindowRef& ref, Rect frame) {
 void AppWatcher::retitled(const AXElement& window) {
     auto found = known_.find(WindowRef{window});
     if (found == known_.end() || !found->second.title) return;
-    found->second.title = windowTitle(window);
+    // Left alone: the new title is read once the period is over.
+    if (deferWhileLeftAlone([window](AppWatcher& self) { self.retitled(window); })) return;
+    ReadsOf reads(quiet_, ReadsOf::Mode::leaveAlone);
+    std::string title = windowTitle(window);
+    // A title that could not be read (the app stopped answering meanwhile) is no new title.
+    if (quiet_.isQuiet()) return;
+    found = known_.find(WindowRef{window});
+    if (found != known_.end()) found->second.title = std::move(title);
 }
 
 void AppWatcher::forgetFrame(const WindowRef& ref) {
@@ -69,6 +76,18 @@ bool AppWatcher::refreshCloseButton(const AXElement& window, int attempt) {
     WindowRef ref{window};
     // Late retries for windows already destroyed end here.
     if (!watchedWindows_.count(ref)) return false;
+    // Left alone: the live hit test does without, anything else is read once the period is
+    // over (one refresh per window stands for every one asked meanwhile, at the first one's
+    // attempt). The cache keeps what it has.
+    if (quiet_.isQuiet()) {
+        if (attempt == liveAttempt || !refreshDeferred_.insert(ref).second) return false;
+        deferWhileLeftAlone([window, attempt](AppWatcher& self) {
+            self.refreshDeferred_.erase(WindowRef{window});
+            self.refreshCloseButton(window, attempt);
+        });
+        return false;
+    }
+    ReadsOf reads(quiet_, ReadsOf::Mode::leaveAlone);
 
     CloseButtonMiss miss;
     Standardness kind = standardness(window);
@@ -153,6 +172,8 @@ std::optional<WindowRef> AppWatcher::closeButtonHit(Point at) const {
 }
 
 std::optional<WindowRef> AppWatcher::liveCloseButtonHit(Point at) {
+    // An app left alone is not asked: its click is not attributed, as for a read that fails.
+    if (quiet_.isQuiet()) return std::nullopt;
     // The refreshes below change the cache, never the set of watched windows, so the walk
     // needs no copy: a click that only misses cached frames stays free of allocations.
     for (const WindowRef& ref : watchedWindows_) {
@@ -246,6 +267,8 @@ std::optional<Date> AppWatcher::firstSeen(const WindowRef& element) const {
 }
 
 std::optional<std::vector<AXElement>> AppWatcher::readWindows() const {
+    // Left alone, the list is not asked for: none, as if the read had timed out.
+    ReadsOf reads(quiet_, ReadsOf::Mode::leaveAlone);
     Read<std::vector<AXElement>> windows = axElementsChecked(appElement_, "AXWindows");
     if (!windows.value && windows.error == axerror::noValue) return std::vector<AXElement>{};
     return windows.value;

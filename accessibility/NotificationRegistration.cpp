@@ -6,7 +6,9 @@
 // again on the same schedule, and a late registration of the app's notifications catches up
 // with the windows opened while it was missing. The births of the app's sheets
 // ("AXSheetCreated") are followed quietly once the app has taken its notifications, and tried
-// again whenever the watcher catches up while the app refused them for a moment.
+// again whenever the watcher catches up while the app refused them for a moment. While the
+// app is left alone (a call to it timed out), a try due is put off until the quiet period ends
+// and counts only once made.
 
 #include <string>
 #include <vector>
@@ -44,7 +46,7 @@ std::vector<std::string> AppWatcher::registerNotifications(const AXElement& elem
                                                            AXError& lastError) {
     std::vector<std::string> again;
     for (const std::string& name : names) {
-        AXError error = observer_->addNotification(element, name, this);
+        AXError error = addNotification(element, name);
         if (error.isSuccess() || error == axerror::notificationAlreadyRegistered) continue;
         // A refusal that will not change is left alone: the element is watched with fewer
         // notifications.
@@ -57,6 +59,9 @@ std::vector<std::string> AppWatcher::registerNotifications(const AXElement& elem
 
 void AppWatcher::registerAppNotifications(std::vector<std::string> names, int attempt) {
     if (!observer_) return;
+    if (deferWhileLeftAlone(
+            [names, attempt](AppWatcher& self) { self.registerAppNotifications(names, attempt); }))
+        return;
     AXError error;
     std::vector<std::string> again = registerNotifications(appElement_, names, error);
     if (again.empty()) {
@@ -82,8 +87,7 @@ void AppWatcher::registerAppNotifications(std::vector<std::string> names, int at
 
 void AppWatcher::followSheets() {
     if (sheetsFollowed_ || sheetsRefused_ || !observer_) return;
-    AXError error = observer_->addNotification(
-        appElement_, std::string(nameOf(AXNotification::sheetCreated)), this);
+    AXError error = addNotification(appElement_, std::string(nameOf(AXNotification::sheetCreated)));
     if (error.isSuccess() || error == axerror::notificationAlreadyRegistered)
         sheetsFollowed_ = true;
     else if (!isTransient(error))
@@ -96,11 +100,14 @@ void AppWatcher::sheetCreated(const AXElement& sheet) {
     if (!firstSeen_.emplace(ref, context_.clock.now()).second) return;
     // Its going takes the note with it; a sheet whose going cannot be followed keeps its
     // note, harmless, until the watcher goes.
-    observer_->addNotification(sheet, std::string(nameOf(AXNotification::elementDestroyed)), this);
+    addNotification(sheet, std::string(nameOf(AXNotification::elementDestroyed)));
 }
 
 void AppWatcher::readWindowsAtAttach(int attempt) {
     if (!observer_) return;
+    if (deferWhileLeftAlone([attempt](AppWatcher& self) { self.readWindowsAtAttach(attempt); }))
+        return;
+    ReadsOf reads(quiet_, ReadsOf::Mode::leaveAlone);
     Read<std::vector<AXElement>> list = axElementsChecked(appElement_, "AXWindows");
     if (list.value) {
         for (const AXElement& window : *list.value) watch(window);
@@ -122,6 +129,10 @@ void AppWatcher::registerWindowNotifications(const AXElement& window,
                                              std::vector<std::string> names, int attempt) {
     // A window closed meanwhile needs nothing more.
     if (!observer_ || !watchedWindows_.count(WindowRef{window})) return;
+    if (deferWhileLeftAlone([window, names, attempt](AppWatcher& self) {
+            self.registerWindowNotifications(window, names, attempt);
+        }))
+        return;
     AXError error;
     std::vector<std::string> again = registerNotifications(window, names, error);
     if (again.empty()) return;

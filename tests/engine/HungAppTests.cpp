@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <string>
+#include <vector>
 
 #include "tests/engine/EngineFixture.h"
 
@@ -58,6 +60,30 @@ TEST_F(HungAppTest, AHungAppHoldsTheMainThreadSecondsNotMinutes) {
     EXPECT_EQ(journal()[0].app, "TextEdit");
     EXPECT_EQ(journal()[0].cause, "red dot");
     EXPECT_TRUE(journal()[0].quit);
+}
+
+TEST_F(HungAppTest, ThreeHungAppsAtStartHoldTheThreadOneSecondAtAStretch) {
+    desktop.addApp(appDescription(textEdit, "com.apple.TextEdit", "TextEdit"));
+    addWindow(textEdit, "Notes");
+    std::vector<sim::ElementId> docs;
+    for (Pid hung : {201, 202, 203}) {
+        std::string name = "Hung" + std::to_string(hung);
+        desktop.addApp(appDescription(hung, "com.example." + name, name));
+        docs.push_back(addWindow(hung, "Doc"));
+        desktop.hangApp(hung, 30.0);
+    }
+    startEngine();
+    desktop.advance(40);
+    // Each attach waits for its first registration only; what else the hung apps would have
+    // been asked waits for their quiet periods, one call per turn.
+    EXPECT_LE(longestStall(), 1.01);
+    EXPECT_GE(longestStall(), 0.99);
+    // Once they answer again, their windows are watched and their close buttons cached.
+    clickClose(docs[1]);
+    desktop.advance(1);
+    ASSERT_FALSE(journal().empty());
+    EXPECT_EQ(journal()[0].app, "Hung202");
+    EXPECT_EQ(journal()[0].cause, "red dot");
 }
 
 }  // namespace
