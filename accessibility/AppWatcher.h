@@ -102,11 +102,6 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     // Hit tests and questions about the close (the close-button cache).
     std::optional<WindowRef> closeButtonHit(Point at) const;  // no platform call
     std::optional<WindowRef> liveCloseButtonHit(Point at);
-    bool isCloseBlocked(const WindowRef& window) const;
-    // The same question, with "cannot tell" kept apart from "no": none when a read that could
-    // have shown the sheet or dialog failed (an app that does not answer), so that a hold is
-    // not ended by a look that saw nothing. The same reads as isCloseBlocked.
-    std::optional<bool> closeBlockedState(const WindowRef& window) const;
     // What a look for a dialog holding a clicked close found: whether it is held (none when
     // a read that could have shown the sheet or dialog failed), and the dialog window that
     // holds it (none for a sheet).
@@ -114,9 +109,12 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
         std::optional<bool> blocked;
         std::optional<WindowRef> dialog;
     };
-    // The same look for a click: a sheet or dialog window the watcher first saw before
-    // `since` was up before the click and holds nothing (its role and subrole are not even
-    // read); one first seen later, or never seen (its birth unknown), holds as before.
+    // Whether a sheet on the window, or a dialog window of the application, holds the close,
+    // with "cannot tell" kept apart from "no" so that a hold is not ended by a look that saw
+    // nothing. A sheet or dialog window the watcher first saw before `since` was up before
+    // the click and holds nothing (its role and subrole are not even read); one first seen
+    // later, or never seen (its birth unknown), holds. Asked even of an app left alone (the
+    // close's decision needs it); a time-out here starts that period for the other reads.
     CloseHold closeBlockedState(const WindowRef& window, Date since) const;
     // Whether the window is still a dialog, asked of its element directly, wherever it is:
     // false when its subrole is another, or it has none, or the element is gone; none when

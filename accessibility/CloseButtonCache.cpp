@@ -188,16 +188,6 @@ std::optional<WindowRef> AppWatcher::liveCloseButtonHit(Point at) {
     return std::nullopt;
 }
 
-bool AppWatcher::isCloseBlocked(const WindowRef& window) const {
-    for (const AXElement& child : axElements(window.element, "AXChildren"))
-        if (axString(child, "AXRole") == std::optional<std::string>("AXSheet")) return true;
-    for (const AXElement& other : axElements(appElement_, "AXWindows")) {
-        auto subrole = axString(other, "AXSubrole");
-        if (subrole && isDialogSubrole(*subrole)) return true;
-    }
-    return false;
-}
-
 namespace {
 
 // Whether a failed list read says nothing about the list: an error other than "there is no
@@ -210,21 +200,10 @@ bool readLeftUnknown(const Read<std::vector<AXElement>>& read) {
 
 }  // namespace
 
-std::optional<bool> AppWatcher::closeBlockedState(const WindowRef& window) const {
-    Read<std::vector<AXElement>> children = axElementsChecked(window.element, "AXChildren");
-    for (const AXElement& child : children.value.value_or(std::vector<AXElement>{}))
-        if (axString(child, "AXRole") == std::optional<std::string>("AXSheet")) return true;
-    bool unknown = readLeftUnknown(children);
-    Read<std::vector<AXElement>> windows = axElementsChecked(appElement_, "AXWindows");
-    for (const AXElement& other : windows.value.value_or(std::vector<AXElement>{})) {
-        auto subrole = axString(other, "AXSubrole");
-        if (subrole && isDialogSubrole(*subrole)) return true;
-    }
-    if (unknown || readLeftUnknown(windows)) return std::nullopt;
-    return false;
-}
-
 AppWatcher::CloseHold AppWatcher::closeBlockedState(const WindowRef& window, Date since) const {
+    // A read the close's decision needs: asked even of an app left alone, and timed, so
+    // that a time-out here leaves the app alone for the reads that can wait.
+    ReadsOf reads(quiet_, ReadsOf::Mode::ask);
     // Up before the click: first seen before `since`. Never seen: its birth is unknown, and
     // it holds.
     auto cameFirst = [this, since](const AXElement& element) {
@@ -249,6 +228,7 @@ AppWatcher::CloseHold AppWatcher::closeBlockedState(const WindowRef& window, Dat
 }
 
 std::optional<bool> AppWatcher::isDialog(const WindowRef& window) const {
+    ReadsOf reads(quiet_, ReadsOf::Mode::ask);
     Read<AXValue> subrole = axCopyChecked(window.element, "AXSubrole");
     if (subrole.value) {
         const std::string* text = subrole.value->get<std::string>();

@@ -167,6 +167,9 @@ void ClickLedger::sustainIfBlocked(const WindowRef& window, Pid pid) {
 
     // A window that is gone keeps its record: its destruction will consume it.
     if (!isAlive(window.element)) return;
+    // The read may have run observer work: find the record afresh.
+    found = clicks_.find(window);
+    if (found == clicks_.end()) return;
 
     Date moment = context_.clock.now();
     if (moment - found->second.at >= ClickRecord::dialogGiveUpAge) {

@@ -178,7 +178,7 @@ TEST_F(ClickAsMadeTest, ADialogHoldSurvivesChecksThatCannotRead) {
     ASSERT_TRUE(engine->clicks().recordOf(refOf(letter))->sustained);
     // The app stops answering: every check's reads fail. Unknown is not "no dialog".
     desktop.hangApp(textEdit, 20.0);
-    EXPECT_EQ(watcherOf(textEdit)->closeBlockedState(refOf(letter)), std::nullopt);
+    EXPECT_EQ(watcherOf(textEdit)->closeBlockedState(refOf(letter), Date{}).blocked, std::nullopt);
     desktop.advance(25);
     ASSERT_TRUE(engine->clicks().recordOf(refOf(letter)));
     EXPECT_GT(engine->clicks().recordOf(refOf(letter))->expiry, desktop.now());
@@ -189,13 +189,35 @@ TEST_F(ClickAsMadeTest, ADialogHoldSurvivesChecksThatCannotRead) {
     EXPECT_TRUE(gatheringOf(textEdit).afterDialog);
 }
 
+TEST_F(ClickAsMadeTest, ADialogLookTimingOutLeavesTheAppAlone) {
+    sim::WindowDescription saving;
+    saving.title = "Letter";
+    saving.frame = {{100, 100}, {500, 400}};
+    saving.asksToSave = true;
+    auto letter = addWindow(textEdit, saving);
+    window("Draft", {{700, 100}, {300, 300}});
+    startEngine();
+    desktop.advance(10);
+    clickClose(letter);
+    desktop.advance(1);
+    ASSERT_TRUE(engine->clicks().recordOf(refOf(letter))->sustained);
+    // The app stops answering: the look's reads wait out their time-out and fail. The look
+    // still counts as unknown, the hold stands, and the app is left alone for the rest.
+    desktop.hangApp(textEdit, 20.0);
+    EXPECT_EQ(watcherOf(textEdit)->closeBlockedState(refOf(letter), Date{}).blocked, std::nullopt);
+    EXPECT_TRUE(watcherOf(textEdit)->isLeftAlone());
+    desktop.advance(3);
+    ASSERT_TRUE(engine->clicks().recordOf(refOf(letter)));
+    EXPECT_GT(engine->clicks().recordOf(refOf(letter))->expiry, desktop.now());
+}
+
 TEST_F(ClickAsMadeTest, TheBlockedStateIsKnownWhenTheReadsAnswer) {
     auto notes = window("Notes", {{100, 100}, {800, 600}});
     startEngine();
     desktop.advance(10);
-    EXPECT_EQ(watcherOf(textEdit)->closeBlockedState(refOf(notes)), std::optional<bool>(false));
+    EXPECT_EQ(watcherOf(textEdit)->closeBlockedState(refOf(notes), Date{}).blocked, std::optional<bool>(false));
     desktop.showSheet(notes);
-    EXPECT_EQ(watcherOf(textEdit)->closeBlockedState(refOf(notes)), std::optional<bool>(true));
+    EXPECT_EQ(watcherOf(textEdit)->closeBlockedState(refOf(notes), Date{}).blocked, std::optional<bool>(true));
 }
 
 }  // namespace
