@@ -92,6 +92,14 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
 
     // Hit tests and questions about the close (the close-button cache).
     std::optional<WindowRef> closeButtonHit(Point at) const;  // no platform call
+    // The same walk, which also tells, in `*inTitleBar` when it is empty and the point is on
+    // no close button, the first window whose close button's reach holds the point: the
+    // button's columns down the title-bar band of the window's last known frame, where a
+    // toolbar shown or hidden moves the button without a notification. No platform call.
+    std::optional<WindowRef> closeButtonHit(Point at, std::optional<WindowRef>* inTitleBar) const;
+    // Reads the watched window's close button afresh, once, without retries (custom chrome,
+    // final, is not read again): true when its frame is cached now.
+    bool rereadCloseButton(const WindowRef& window);
     std::optional<WindowRef> liveCloseButtonHit(Point at);
     bool isCloseBlocked(const WindowRef& window) const;
     // The same question, with "cannot tell" kept apart from "no": none when a read that could
@@ -152,7 +160,7 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
                                      int attempt);
     void handle(const std::string& notification, const AXElement& element);
     bool refreshCloseButton(const AXElement& window, int attempt);
-    void storeFrame(const WindowRef& ref, Rect frame);
+    void storeFrame(const WindowRef& ref, Rect frame, const std::optional<Rect>& window);
     // The window's title changed: the known title follows.
     void retitled(const AXElement& window);
     void forgetFrame(const WindowRef& ref);
@@ -168,8 +176,19 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     std::unordered_set<WindowRef> confirmedStandard_;
     std::unordered_set<WindowRef> noted_;
     DestroyedWindowSink& engine_;
-    // The cached frames again, flat and contiguous, for the hit test on every click: the
-    // rectangles alone in one vector, their windows at the same index in the other.
+    // The cached frames again, flat and contiguous, for the hit test on every click: each
+    // button's reach (its frame and its columns down the window's title-bar band) in one
+    // vector, the frames in the next, their windows at the same index in the third.
+    // A reach as its four edges, standardised once when it is stored, so that the test every
+    // click makes is four comparisons (the same answer as `Rect::contains`).
+    struct Edges {
+        double minX = 0, minY = 0, maxX = 0, maxY = 0;
+        static Edges of(Rect r);
+        bool contains(Point p) const {
+            return p.x >= minX && p.x < maxX && p.y >= minY && p.y < maxY;
+        }
+    };
+    std::vector<Edges> hitReaches_;
     std::vector<Rect> hitFrames_;
     std::vector<WindowRef> hitWindows_;
 };
