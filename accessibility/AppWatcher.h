@@ -101,6 +101,14 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
 
     // Hit tests and questions about the close (the close-button cache).
     std::optional<WindowRef> closeButtonHit(Point at) const;  // no platform call
+    // The same walk, which also tells, in `*inTitleBar` when it is empty and the point is on
+    // no close button, the first window whose close button's reach holds the point: the
+    // button's columns down the title-bar band of the window's last known frame, where a
+    // toolbar shown or hidden moves the button without a notification. No platform call.
+    std::optional<WindowRef> closeButtonHit(Point at, std::optional<WindowRef>* inTitleBar) const;
+    // Reads the watched window's close button afresh, once, without retries (custom chrome,
+    // final, is not read again): true when its frame is cached now.
+    bool rereadCloseButton(const WindowRef& window);
     std::optional<WindowRef> liveCloseButtonHit(Point at);
     // What a look for a dialog holding a clicked close found: whether it is held (none when
     // a read that could have shown the sheet or dialog failed), and the dialog window that
@@ -185,7 +193,7 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
                                      int attempt);
     void handle(const std::string& notification, const AXElement& element);
     bool refreshCloseButton(const AXElement& window, int attempt);
-    void storeFrame(const WindowRef& ref, Rect frame);
+    void storeFrame(const WindowRef& ref, Rect frame, const std::optional<Rect>& window);
     // The window's title changed: the known title follows.
     void retitled(const AXElement& window);
     // Follows the births of the app's sheets ("AXSheetCreated" on the app), quietly: a refusal
@@ -216,8 +224,19 @@ class AppWatcher : public std::enable_shared_from_this<AppWatcher> {
     bool sheetsFollowed_ = false;
     bool sheetsRefused_ = false;  // refused for good (not a moment's refusal)
     DestroyedWindowSink& engine_;
-    // The cached frames again, flat and contiguous, for the hit test on every click: the
-    // rectangles alone in one vector, their windows at the same index in the other.
+    // The cached frames again, flat and contiguous, for the hit test on every click: each
+    // button's reach (its frame and its columns down the window's title-bar band) in one
+    // vector, the frames in the next, their windows at the same index in the third.
+    // A reach as its four edges, standardised once when it is stored, so that the test every
+    // click makes is four comparisons (the same answer as `Rect::contains`).
+    struct Edges {
+        double minX = 0, minY = 0, maxX = 0, maxY = 0;
+        static Edges of(Rect r);
+        bool contains(Point p) const {
+            return p.x >= minX && p.x < maxX && p.y >= minY && p.y < maxY;
+        }
+    };
+    std::vector<Edges> hitReaches_;
     std::vector<Rect> hitFrames_;
     std::vector<WindowRef> hitWindows_;
 };

@@ -21,6 +21,21 @@ constexpr int lastRetriedAttempt = 3;
 constexpr double retryStep = 0.5;
 // The live hit test refreshes with an attempt above the limit, so it never starts retries.
 constexpr int liveAttempt = 99;
+// The window buttons sit in the top of the window, in a band at most this high: a unified
+// title bar with a toolbar (52 points, the buttons in its middle); a plain title bar is 28
+// points, and an expanded toolbar lies below the buttons' row. Showing or hiding the toolbar
+// moves the buttons up or down within the band, never sideways, and tells no one.
+constexpr double titleBarBand = 52.0;
+
+// Where a click may land on the window's close button, moved or not: the cached frame, and
+// the rest of its columns down the title-bar band of the window's last known frame.
+Rect buttonReach(Rect button, const std::optional<Rect>& window) {
+    if (!window) return button;
+    double top = std::min(button.minY(), window->minY());
+    double bottom =
+        std::max(button.maxY(), window->minY() + std::min(titleBarBand, window->size.height));
+    return Rect{{button.minX(), top}, {button.size.width, bottom - top}};
+}
 
 bool isDialogSubrole(const std::string& subrole) {
     return subrole == "AXDialog" || subrole == "AXSystemDialog" ||
@@ -29,17 +44,40 @@ bool isDialogSubrole(const std::string& subrole) {
 
 }  // namespace
 
-void AppWatcher::storeFrame(const WindowRef& ref, Rect frame) {
+AppWatcher::Edges AppWatcher::Edges::of(Rect r) {
+    double x0 = r.size.width < 0 ? r.origin.x + r.size.width : r.origin.x;
+    double y0 = r.size.height < 0 ? r.origin.y + r.size.height : r.origin.y;
+    double w = r.size.width < 0 ? -r.size.width : r.size.width;
+    double h = r.size.height < 0 ? -r.size.height : r.size.height;
+    return Edges{x0, y0, x0 + w, y0 + h};
+}
+
+namespace {
+
+// The index of the first of `reaches[from…count)` that contains the point, or `count`.
+template <typename Reach>
+inline std::size_t firstReach(const Reach* reaches, std::size_t from, std::size_t count, Point at) {
+    for (std::size_t i = from; i < count; ++i)
+        if (reaches[i].contains(at)) return i;
+    return count;
+}
+
+}  // namespace
+
+void AppWatcher::storeFrame(const WindowRef& ref, Rect frame, const std::optional<Rect>& window) {
     auto [it, inserted] = frames_.insert_or_assign(ref, frame);
     (void)it;
+    Edges reach = Edges::of(buttonReach(frame, window));
     if (!inserted) {
         for (std::size_t i = 0; i < hitWindows_.size(); ++i) {
             if (hitWindows_[i] == ref) {
+                hitReaches_[i] = reach;
                 hitFrames_[i] = frame;
                 return;
             }
         }
     }
+    hitReaches_.push_back(reach);
     hitFrames_.push_back(frame);
     hitWindows_.push_back(ref);
 }
@@ -63,8 +101,10 @@ void AppWatcher::forgetFrame(const WindowRef& ref) {
     for (std::size_t i = 0; i < hitWindows_.size(); ++i) {
         if (hitWindows_[i] == ref) {
             // Order within the flat copy carries no meaning: swap the last one in.
+            hitReaches_[i] = hitReaches_.back();
             hitFrames_[i] = hitFrames_.back();
             hitWindows_[i] = std::move(hitWindows_.back());
+            hitReaches_.pop_back();
             hitFrames_.pop_back();
             hitWindows_.pop_back();
             return;
@@ -107,12 +147,12 @@ bool AppWatcher::refreshCloseButton(const AXElement& window, int attempt) {
                 if (enabled == std::optional<bool>(false)) {
                     miss = CloseButtonMiss::disabled();
                 } else if (std::optional<Rect> frame = axFrame(*button)) {
-                    storeFrame(ref, frame->outset(frameSlack));
-                    misses_.erase(ref);
                     // The window as it is now, for the clicks on this button: read here, once
                     // per move, resize or refresh, so that a click needs no read of its own.
                     KnownWindow known{axFrame(window), std::nullopt};
                     if (titleFollowed_.count(ref)) known.title = windowTitle(window);
+                    storeFrame(ref, frame->outset(frameSlack), known.frame);
+                    misses_.erase(ref);
                     known_.insert_or_assign(ref, std::move(known));
                     return true;
                 } else {
@@ -162,13 +202,45 @@ void AppWatcher::refreshEveryCloseButton() {
 }
 
 std::optional<WindowRef> AppWatcher::closeButtonHit(Point at) const {
+    return closeButtonHit(at, nullptr);
+}
+
+std::optional<WindowRef> AppWatcher::closeButtonHit(Point at,
+                                                    std::optional<WindowRef>* inTitleBar) const {
     // Runs for every click anywhere: a plain walk over the flat rectangles, no platform call.
-    const Rect* frames = hitFrames_.data();
-    const std::size_t count = hitFrames_.size();
-    for (std::size_t i = 0; i < count; ++i) {
-        if (frames[i].contains(at)) return hitWindows_[i];
+    // Each reach holds its close button, so a point outside every reach costs one test per
+    // frame, in the tight loop; only a point inside one looks at the button itself.
+    const Edges* reaches = hitReaches_.data();
+    const std::size_t count = hitReaches_.size();
+    for (std::size_t i = firstReach(reaches, 0, count, at); i < count;
+         i = firstReach(reaches, i + 1, count, at)) {
+        if (hitFrames_[i].contains(at)) return hitWindows_[i];
+        if (inTitleBar && !*inTitleBar) *inTitleBar = hitWindows_[i];
     }
     return std::nullopt;
+}
+
+bool AppWatcher::rereadCloseButton(const WindowRef& window) {
+    if (!watchedWindows_.count(window)) return false;
+    auto miss = misses_.find(window);
+    if (miss != misses_.end() && miss->second.kind == CloseButtonMiss::Kind::unsupported)
+        return false;  // custom chrome is final
+    auto frame = frames_.find(window);
+    auto known = known_.find(window);
+    std::optional<Rect> before;
+    std::optional<KnownWindow> knownBefore;
+    if (frame != frames_.end()) before = frame->second;
+    if (known != known_.end()) knownBefore = known->second;
+    if (refreshCloseButton(window.element, liveAttempt)) return true;
+    // A read that failed (an application that does not answer) says nothing of where the
+    // button is: the frame cached before stays, as what is known of the window.
+    miss = misses_.find(window);
+    if (before && miss != misses_.end() && miss->second.isWorthRetrying()) {
+        misses_.erase(miss);
+        storeFrame(window, *before, knownBefore ? knownBefore->frame : std::nullopt);
+        if (knownBefore) known_.insert_or_assign(window, std::move(*knownBefore));
+    }
+    return false;
 }
 
 std::optional<WindowRef> AppWatcher::liveCloseButtonHit(Point at) {

@@ -39,7 +39,7 @@ class BusyDesktop {
     // The cached frames, watcher by watcher in the order the engine walks them.
     std::vector<Rect> cachedFrames() const;
 
-    // A point on no window and no close button.
+    // A point on no window and no close button, nor in any title bar (outside every window).
     Point missPoint() const { return {5, 5}; }
     // The centre of the close button of the last window of the last application: the cached
     // pass finds it after walking (almost) every frame.

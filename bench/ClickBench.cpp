@@ -17,9 +17,20 @@ namespace {
 constexpr int apps = 50;
 constexpr int windowsPerApp = 20;
 
-bool allCached(benchmark::State& state, const BusyDesktop& busy) {
-    if (busy.cachedFrameCount() == static_cast<std::size_t>(apps * windowsPerApp)) return true;
-    state.SkipWithError("not every close button was cached on the busy desktop");
+bool allCached(benchmark::State& state, BusyDesktop& busy) {
+    if (busy.cachedFrameCount() != static_cast<std::size_t>(apps * windowsPerApp)) {
+        state.SkipWithError("not every close button was cached on the busy desktop");
+        return false;
+    }
+    // The miss is a click on nothing: not even in a title bar's reach, where a close button
+    // moved without a notification would be looked for (which costs a window-server query).
+    bool inReach = busy.engine().apps().firstOf([&busy](const std::shared_ptr<AppWatcher>& w) {
+        std::optional<WindowRef> inTitleBar;
+        return w->closeButtonHit(busy.missPoint(), &inTitleBar).has_value() ||
+               inTitleBar.has_value();
+    });
+    if (!inReach) return true;
+    state.SkipWithError("the miss point lies on a close button or in its title-bar reach");
     return false;
 }
 

@@ -13,7 +13,14 @@ std::shared_ptr<AppWatcher> AppTracker::attach(const RunningApplicationRef& app,
     std::shared_ptr<AppWatcher> watcher = AppWatcher::create(app, engine, context);
     if (!watcher) return nullptr;
     tracked_.insert_or_assign(app->processIdentifier(), Tracked{watcher, app});
+    reorder();
     return watcher;
+}
+
+void AppTracker::reorder() {
+    inOrder_.clear();
+    inOrder_.reserve(tracked_.size());
+    for (const auto& [pid, entry] : tracked_) inOrder_.push_back(entry.watcher);
 }
 
 std::vector<std::shared_ptr<AppWatcher>> AppTracker::watchers() const {

@@ -32,19 +32,65 @@ void ClickLedger::handleClick(Point at, ModifierFlags modifiers) {
 
     // The cached frames first: an in-memory walk, no platform call. Whether the window is
     // really the one on top there is settled when the button goes up, where the red dot acts.
-    std::optional<Hit> cached =
-        tracker_.firstOf([at](const std::shared_ptr<AppWatcher>& watcher) -> std::optional<Hit> {
-            if (auto window = watcher->closeButtonHit(at)) return Hit{*window, watcher};
+    // The same walk notes a window whose title bar holds the point, where its close button
+    // may have moved without a notification.
+    std::optional<Hit> inTitleBar;
+    std::optional<Hit> cached = tracker_.firstOf(
+        [at, &inTitleBar](const std::shared_ptr<AppWatcher>& watcher) -> std::optional<Hit> {
+            std::optional<WindowRef> titleBar;
+            if (auto window = watcher->closeButtonHit(at, inTitleBar ? nullptr : &titleBar))
+                return Hit{*window, watcher};
+            if (titleBar) inTitleBar = Hit{*titleBar, watcher};
             return std::nullopt;
         });
     if (cached) {
         openPress(*cached, true);
         return;
     }
+    if (inTitleBar) {
+        if (auto moved = movedButtonHit(at, *inTitleBar)) {
+            openPress(*moved, false);
+            return;
+        }
+    }
 
     // Then a live read, of the frontmost application only: a click on an uncached close
     // button of a background application is deliberately not attributed.
     if (auto hit = liveHit(at)) openPress(*hit, false);
+}
+
+std::optional<ClickLedger::Hit> ClickLedger::movedButtonHit(Point at, const Hit& inTitleBar) {
+    WindowServer* server = context_.windowServer;
+    // Without a window server the window whose title bar holds the point is the one asked.
+    if (!server) {
+        if (!inTitleBar.watcher->rereadCloseButton(inTitleBar.window)) return std::nullopt;
+        if (buttonHolds(inTitleBar.window, *inTitleBar.watcher, at)) return inTitleBar;
+        return std::nullopt;
+    }
+    // One question to the window server: the window on top at the point, at any layer, as
+    // the confirmation asks it. A menu, a popover or an untracked window there takes the click.
+    std::optional<WindowServerWindow> top =
+        topmostWindowAt(server->windowList(WindowListScope::onScreenCurrentSpace), at);
+    if (!top) return std::nullopt;
+    std::shared_ptr<AppWatcher> topWatcher = tracker_.watcherOf(top->ownerPid);
+    if (!topWatcher) return std::nullopt;
+    bool caughtUp = false;
+    bool unanswered = false;
+    std::optional<WindowRef> ref = watchedWindowShownAs(*top, topWatcher, caughtUp, &unanswered);
+    if (!ref) return std::nullopt;
+    // A window just caught up had its close button read as it was watched; any other has
+    // its read once, live, where its cached frame missed the point. An application that did
+    // not answer for its list would only make the read wait its second again, and fail.
+    if (unanswered) return std::nullopt;
+    if (!caughtUp && !topWatcher->rereadCloseButton(*ref)) return std::nullopt;
+    if (buttonHolds(*ref, *topWatcher, at)) return Hit{*ref, topWatcher, true};
+    return std::nullopt;
+}
+
+bool ClickLedger::buttonHolds(const WindowRef& window, const AppWatcher& watcher, Point at) {
+    const auto& frames = watcher.closeButtonFrames();
+    auto cached = frames.find(window);
+    return cached != frames.end() && cached->second.contains(at);
 }
 
 void ClickLedger::openPress(const Hit& hit, bool cached) {
@@ -83,7 +129,8 @@ std::optional<ClickLedger::ClosedByUp> ClickLedger::handleMouseUp(Point at,
     // Confirmed with the window server where the button went up. A cached hit that is not
     // confirmed counts as a miss, and the live pass may still find the button.
     if (auto hit = confirmHit(press.window, watcher, at)) {
-        record(hit->window, hit->watcher, modifiers, press.cached ? "cached" : "live read");
+        bool cached = press.cached && !hit->readLive;
+        record(hit->window, hit->watcher, modifiers, cached ? "cached" : "live read");
         return std::nullopt;
     }
     if (!press.cached) return std::nullopt;
@@ -259,11 +306,12 @@ std::optional<ClickLedger::Hit> ClickLedger::confirmHit(const WindowRef& window,
 
     // One question to the window server. Once the hit window's number is known, only what is
     // in front of it and the window itself: on a busy desktop a fraction of the whole list.
-    // (An empty answer: the window is not on screen, hidden, minimised or on another Space.)
+    // An empty answer: the window is not on screen (hidden, minimised, on another Space), its
+    // cached frame is stale, and what the click landed in is asked with the on-screen list.
     auto learned = numbers_.find(window);
-    std::vector<WindowServerWindow> shown =
-        learned != numbers_.end() ? server->windowsAbove(learned->second.number)
-                                  : server->windowList(WindowListScope::onScreenCurrentSpace);
+    std::vector<WindowServerWindow> shown;
+    if (learned != numbers_.end()) shown = server->windowsAbove(learned->second.number);
+    if (shown.empty()) shown = server->windowList(WindowListScope::onScreenCurrentSpace);
 
     // The window the click landed in, at any layer below the screen saver: a menu, the menu
     // bar, the Dock, a banner, a popover or a sheet lying over the red dot takes the click,
@@ -277,18 +325,33 @@ std::optional<ClickLedger::Hit> ClickLedger::confirmHit(const WindowRef& window,
     std::shared_ptr<AppWatcher> topWatcher = tracker_.watcherOf(top->ownerPid);
     if (!topWatcher) return std::nullopt;
 
-    std::optional<WindowRef> ref = windowShownAs(*top, topWatcher);
+    bool caughtUp = false;
+    std::optional<WindowRef> ref = watchedWindowShownAs(*top, topWatcher, caughtUp);
     if (!ref) return std::nullopt;
     // The click is that window's if its own close button is under the point: the hit
     // window itself, or another one whose red dot sits on the same spot.
-    const auto& frames = topWatcher->closeButtonFrames();
-    auto cached = frames.find(*ref);
-    if (cached != frames.end() && cached->second.contains(at)) return Hit{*ref, topWatcher};
+    if (buttonHolds(*ref, *topWatcher, at)) return Hit{*ref, topWatcher, caughtUp};
     return std::nullopt;
 }
 
+std::optional<WindowRef> ClickLedger::watchedWindowShownAs(
+    const WindowServerWindow& shown, const std::shared_ptr<AppWatcher>& watcher, bool& caughtUp,
+    bool* unanswered) {
+    std::optional<WindowRef> ref = windowShownAs(shown, watcher, unanswered);
+    if (!ref || watcher->isWatched(*ref)) return ref;
+    // The application lists the window, its watcher does not watch it: it was on another
+    // Space when Quelto attached, and the catch-up at the Space switch could not read the
+    // application (busy then). The watcher catches up now, and the window, watched from now
+    // on, has its close button read.
+    watcher->resync();
+    caughtUp = true;
+    if (!watcher->isWatched(*ref)) return std::nullopt;
+    return ref;
+}
+
 std::optional<WindowRef> ClickLedger::windowShownAs(const WindowServerWindow& shown,
-                                                    const std::shared_ptr<AppWatcher>& watcher) {
+                                                    const std::shared_ptr<AppWatcher>& watcher,
+                                                    bool* unanswered) {
     // A window whose number an earlier click learned.
     for (const auto& [ref, learned] : numbers_)
         if (learned.number == shown.number && learned.pid == shown.ownerPid) return ref;
@@ -312,6 +375,7 @@ std::optional<WindowRef> ClickLedger::windowShownAs(const WindowServerWindow& sh
     // The application does not answer (busy, hung): what the watcher already knows answers
     // for it. The one window whose last known frame has the window server's bounds is the
     // one shown; with none, or more than one, nothing is confirmed.
+    if (unanswered) *unanswered = true;
     std::optional<WindowRef> only;
     int matches = 0;
     for (const auto& [ref, known] : watcher->knownWindows()) {

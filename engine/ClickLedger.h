@@ -65,6 +65,9 @@ class ClickLedger {
     struct Hit {
         WindowRef window;
         std::shared_ptr<AppWatcher> watcher;
+        // Its close button was read at the click (moved without a notification, or the
+        // window caught up then), not found in the cache.
+        bool readLive = false;
     };
     // Confirms a hit found in the close-button frames with the window server: the window on
     // top at the point, at any layer below the screen saver, must be the hit window or
@@ -72,9 +75,11 @@ class ClickLedger {
     // click. None when the click belongs to no tracked close button (a menu, the Dock, a
     // banner, an untracked window such as Quelto's own lies over it). One window-server
     // query: the windows in front of the hit window once its number is known (learned by an
-    // earlier confirmation), the on-screen list before. The window on top is told by its
-    // number; else by the application's window list through Accessibility (which teaches the
-    // number); and when the application does not answer, by the watcher's last known frames.
+    // earlier confirmation), the on-screen list before, or when the hit window is not on
+    // screen. The window on top is told by its number; else by the application's window list
+    // through Accessibility (which teaches the number); and when the application does not
+    // answer, by the watcher's last known frames. A window its application lists but its
+    // watcher does not watch is caught up first (the hit then says `readLive`).
     std::optional<Hit> confirmHit(const WindowRef& window,
                                   const std::shared_ptr<AppWatcher>& watcher, Point at);
 
@@ -120,8 +125,24 @@ class ClickLedger {
     std::optional<bool> lookForDialog(const AppWatcher& watcher, const WindowRef& window);
     void openPress(const Hit& hit, bool cached);
     // Which of the watcher's windows the window server shows as `shown`; none when none is.
+    // `*unanswered` (when given) is set when the application's list could not be read and
+    // the watcher's known frames answered instead.
     std::optional<WindowRef> windowShownAs(const WindowServerWindow& shown,
-                                           const std::shared_ptr<AppWatcher>& watcher);
+                                           const std::shared_ptr<AppWatcher>& watcher,
+                                           bool* unanswered = nullptr);
+    // The same, among the windows the watcher watches: a window its application lists but
+    // the watcher does not watch is caught up first (`AppWatcher::resync`), and `caughtUp`
+    // says so.
+    std::optional<WindowRef> watchedWindowShownAs(const WindowServerWindow& shown,
+                                                  const std::shared_ptr<AppWatcher>& watcher,
+                                                  bool& caughtUp, bool* unanswered = nullptr);
+    // A click on no cached close button, in the title bar of a watched window (`inTitleBar`):
+    // the window on top there, a tracked one, has its close button read once, live (a toolbar
+    // shown or hidden moved it without a notification). The window is caught up first when
+    // its application lists it unwatched.
+    std::optional<Hit> movedButtonHit(Point at, const Hit& inTitleBar);
+    // Whether the window's cached close-button frame holds the point.
+    static bool buttonHolds(const WindowRef& window, const AppWatcher& watcher, Point at);
     // Remembers the window's window-server number, for its next confirmation.
     void learn(const WindowRef& window, const WindowServerWindow& shown);
     // The live read of the frontmost application's uncached close buttons at the point.

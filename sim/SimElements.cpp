@@ -278,6 +278,9 @@ void SimDesktop::State::destroyWindow(ElementId id, bool notify) {
     w->alive = false;
     leaveFullScreenSpaceOf(*w);
     zOrder.erase(std::remove(zOrder.begin(), zOrder.end(), id), zOrder.end());
+    if (auto layer = windowLayers.find(w->desc.layer);
+        layer != windowLayers.end() && --layer->second == 0)
+        windowLayers.erase(layer);
     std::vector<ElementId> sheets = w->sheets;
     if (Element* button = find(w->closeButton)) button->alive = false;
     for (ElementId s : sheets) {
@@ -359,6 +362,8 @@ ElementId SimDesktop::addWindow(Pid pid, const WindowDescription& desc, bool not
     button.parent = id;
     s.find(id)->closeButton = s.newElement(std::move(button));
     s.zOrder.insert(s.zOrder.begin(), id);
+    s.byNumber[s.find(id)->number] = id;
+    ++s.windowLayers[desc.layer];
     if (notify) {
         if (const AppRecord* app = s.runningApp(pid))
             s.post(app->appElement, std::string(nameOf(AXNotification::windowCreated)), id);
@@ -422,7 +427,9 @@ ElementId SimDesktop::showSheet(ElementId window) {
     sheet.pid = w->pid;
     sheet.parent = window;
     sheet.number = s.nextWindowNumber++;
+    std::uint32_t number = sheet.number;
     ElementId id = s.newElement(std::move(sheet));
+    s.byNumber[number] = id;
     s.find(window)->sheets.push_back(id);
     // As AppKit does (NSAccessibilitySheetCreatedNotification): posted on the application,
     // with the sheet as the element. A sheet is no window of the app's "AXWindows", and no

@@ -6,6 +6,7 @@
 // their own point, late when its main thread is busy.
 
 #include <algorithm>
+#include <limits>
 
 #include "sim/SimState.h"
 
@@ -14,18 +15,20 @@ namespace quelto::sim {
 namespace {
 
 // Visits the window-server windows front to back until `visit` returns true: for each
-// layer from the highest, the overlays of that layer (newest first), then the windows of
-// that layer in their stacking order, each sheet just in front of its window.
+// layer from the highest down to `lowest`, the overlays of that layer (newest first), then
+// the windows of that layer in their stacking order, each sheet just in front of its window.
+// The layers in use come from the window server's index (a handful, whatever the number of
+// windows), and the walk of a layer stops once it has met every window the layer holds.
 template <typename Visit>
-void forEachDrawn(const SimDesktop::State& s, Visit visit) {
-    // The distinct layers, highest first: a handful, whatever the number of windows.
+void forEachDrawn(const SimDesktop::State& s, Visit visit,
+                  int lowest = std::numeric_limits<int>::min()) {
     std::vector<int> layers;
-    auto addLayer = [&layers](int layer) {
+    auto addLayer = [&layers, lowest](int layer) {
+        if (layer < lowest) return;
         if (std::find(layers.begin(), layers.end(), layer) == layers.end()) layers.push_back(layer);
     };
     for (const auto& [overlay, number] : s.overlays) addLayer(overlay.layer);
-    for (ElementId id : s.zOrder)
-        if (const Element* w = s.find(id); w && w->alive) addLayer(w->desc.layer);
+    for (const auto& [layer, count] : s.windowLayers) addLayer(layer);
     std::sort(layers.begin(), layers.end(), std::greater<int>());
     for (int layer : layers) {
         for (const auto& [overlay, number] : s.overlays) {
@@ -34,15 +37,19 @@ void forEachDrawn(const SimDesktop::State& s, Visit visit) {
                                  overlay.layer, true,   overlay.alpha};
             if (visit(w, ElementId{0})) return;
         }
-        for (ElementId id : s.zOrder) {
+        auto held = s.windowLayers.find(layer);
+        int left = held == s.windowLayers.end() ? 0 : held->second;
+        for (auto it = s.zOrder.begin(); left > 0 && it != s.zOrder.end(); ++it) {
+            ElementId id = *it;
             const Element* e = s.find(id);
             if (!e || !e->alive || e->desc.layer != layer) continue;
+            --left;
             bool shown = s.onScreen(*e);
-            for (auto it = e->sheets.rbegin(); it != e->sheets.rend(); ++it) {
-                const Element* sheet = s.find(*it);
+            for (auto sheetIt = e->sheets.rbegin(); sheetIt != e->sheets.rend(); ++sheetIt) {
+                const Element* sheet = s.find(*sheetIt);
                 if (!sheet || !sheet->alive) continue;
                 WindowServerWindow w{e->pid, sheet->number, s.sheetFrame(*e), layer, shown, 1};
-                if (visit(w, *it)) return;
+                if (visit(w, *sheetIt)) return;
             }
             WindowServerWindow w{e->pid, e->number, e->desc.frame, layer, shown, 1};
             if (visit(w, id)) return;
@@ -172,13 +179,26 @@ std::vector<WindowServerWindow> SimDesktop::windowsAbove(std::uint32_t number) {
     State& s = *state_;
     ++s.windowsAboveReads;
     std::vector<WindowServerWindow> out;
+    // The window server finds the window in its index: one not on screen (or unknown) has
+    // nothing above it to tell. Else the walk goes from the front down to the window's own
+    // layer and stops at the window: what lies behind it is never visited.
+    int lowest = std::numeric_limits<int>::min();
+    if (auto indexed = s.byNumber.find(number); indexed != s.byNumber.end()) {
+        const Element* e = s.find(indexed->second);
+        const Element* window = e && e->kind == ElementKind::sheet ? s.find(e->parent) : e;
+        if (!e || !e->alive || !window || !s.onScreen(*e)) return out;
+        lowest = window->desc.layer;
+    }
     bool found = false;
-    forEachDrawn(s, [&](const WindowServerWindow& w, ElementId) {
-        if (!w.onScreen) return false;
-        out.push_back(w);
-        found = w.number == number;
-        return found;
-    });
+    forEachDrawn(
+        s,
+        [&](const WindowServerWindow& w, ElementId) {
+            if (!w.onScreen) return false;
+            out.push_back(w);
+            found = w.number == number;
+            return found;
+        },
+        lowest);
     if (!found) out.clear();
     return out;
 }

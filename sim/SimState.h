@@ -316,6 +316,10 @@ struct SimDesktop::State {
     std::vector<std::function<void()>> heldEvents;
     std::vector<std::shared_ptr<std::function<void()>>> screenObservers;
     std::uint64_t windowsAboveReads = 0;
+    // The window server's own index, as a Mac's keeps one beside its stacking order: each
+    // window's and sheet's element by its number, and how many live windows each layer holds.
+    std::unordered_map<std::uint32_t, ElementId> byNumber;
+    std::map<int, int> windowLayers;
     // The window-server windows front to back: overlays and windows by layer, each sheet
     // just in front of its window; with the element behind each (0 for an overlay).
     std::vector<std::pair<WindowServerWindow, ElementId>> drawn() const;

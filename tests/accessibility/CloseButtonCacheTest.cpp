@@ -85,6 +85,61 @@ TEST_F(WatcherTest, HitTestAmongManyWindows) {
     }
 }
 
+TEST_F(WatcherTest, TheTitleBarBelowAButtonInItsColumnsIsItsReach) {
+    ElementId w = addWindow("Doc", Rect{{100, 100}, {400, 300}});
+    auto watcher = makeWatcher();
+    desktop.resetCounters();
+    // The button (with slack) is 106…124 × 104…124; its reach goes down to the title bar's
+    // 52 points (to y 152), in its columns.
+    std::optional<WindowRef> inTitleBar;
+    EXPECT_EQ(watcher->closeButtonHit(Point{115, 114}, &inTitleBar), ref(w));
+    EXPECT_EQ(inTitleBar, std::nullopt);
+    EXPECT_EQ(watcher->closeButtonHit(Point{115, 140}, &inTitleBar), std::nullopt);
+    EXPECT_EQ(inTitleBar, ref(w));
+    for (Point outside : {Point{115, 152}, Point{125, 140}, Point{300, 110}, Point{115, 99}}) {
+        std::optional<WindowRef> none;
+        EXPECT_EQ(watcher->closeButtonHit(outside, &none), std::nullopt);
+        EXPECT_EQ(none, std::nullopt) << outside.x << "," << outside.y;
+    }
+    EXPECT_EQ(desktop.accessibilityReadCount(), 0u);
+}
+
+TEST_F(WatcherTest, AShortWindowsReachEndsWithTheWindow) {
+    ElementId w = addWindow("Strip", Rect{{100, 100}, {400, 30}});
+    auto watcher = makeWatcher();
+    std::optional<WindowRef> inTitleBar;
+    EXPECT_EQ(watcher->closeButtonHit(Point{115, 129}, &inTitleBar), std::nullopt);
+    EXPECT_EQ(inTitleBar, ref(w));
+    inTitleBar.reset();
+    EXPECT_EQ(watcher->closeButtonHit(Point{115, 131}, &inTitleBar), std::nullopt);
+    EXPECT_EQ(inTitleBar, std::nullopt);
+}
+
+TEST_F(WatcherTest, AButtonMovedSilentlyIsFoundByAReread) {
+    ElementId w = addWindow("Doc", Rect{{100, 100}, {400, 300}});
+    auto watcher = makeWatcher();
+    desktop.setToolbar(w, true);
+    Rect moved = *desktop.closeButtonFrame(w);
+    Point now{moved.minX() + moved.size.width / 2, moved.minY() + moved.size.height / 2};
+    EXPECT_EQ(watcher->closeButtonHit(now), std::nullopt);
+    EXPECT_TRUE(watcher->rereadCloseButton(ref(w)));
+    EXPECT_EQ(watcher->closeButtonHit(now), ref(w));
+    desktop.runDue();
+}
+
+TEST_F(WatcherTest, ARereadNeverReadsCustomChromeNorUnwatchedWindows) {
+    ElementId custom = addWindow("Custom");
+    sim::CloseButtonDescription none;
+    none.present = false;
+    desktop.setCloseButton(custom, none);
+    auto watcher = makeWatcher();
+    desktop.resetCounters();
+    EXPECT_FALSE(watcher->rereadCloseButton(ref(custom)));
+    ElementId later = addWindow("Later", Rect{{1000, 100}, {400, 300}}, false);
+    EXPECT_FALSE(watcher->rereadCloseButton(ref(later)));
+    EXPECT_EQ(desktop.accessibilityReadCount(), 0u);
+}
+
 TEST_F(WatcherTest, CustomChromeIsNotedOnceAcrossMoves) {
     desktop.setReadCost(0);  // the note at the moment of attaching, the reads taking no time
     LogCapture capture;

@@ -95,5 +95,39 @@ TEST_F(SimWindowServer, WindowAtIsTheFrontmostOnScreenWindowOfTheOrdinaryLayer) 
     EXPECT_EQ(windowAt(withMenu, Point{5, 5})->number, 2u);
 }
 
+TEST_F(SimWindowServer, WindowsAboveListsWhatIsInFrontAtEveryLayerDownToTheWindow) {
+    desktop.addApp(testing::app(3, "Clock"));
+    WindowDescription floating = testing::window("Clock", Rect{{0, 0}, {100, 100}});
+    floating.layer = 3;
+    ElementId clock = desktop.addWindow(3, floating);
+    // Added last but drawn behind the floating window, and in front of the others.
+    ElementId drafts = desktop.addWindow(1, testing::window("Drafts"));
+    auto above = desktop.windowsAbove(*desktop.windowNumber(ideas));
+    ASSERT_EQ(above.size(), 3u);
+    EXPECT_EQ(above[0].number, *desktop.windowNumber(clock));
+    EXPECT_EQ(above[1].number, *desktop.windowNumber(drafts));
+    EXPECT_EQ(above[2].number, *desktop.windowNumber(ideas));
+    // The floating window has nothing above it but itself.
+    ASSERT_EQ(desktop.windowsAbove(*desktop.windowNumber(clock)).size(), 1u);
+    EXPECT_EQ(desktop.windowsAboveReadCount(), 2u);
+}
+
+TEST_F(SimWindowServer, WindowsAboveAWindowNotOnScreenOrUnknownIsNothing) {
+    desktop.minimizeWindow(inbox);
+    EXPECT_TRUE(desktop.windowsAbove(*desktop.windowNumber(inbox)).empty());
+    std::uint32_t number = *desktop.windowNumber(ideas);
+    desktop.destroyWindow(ideas);
+    EXPECT_TRUE(desktop.windowsAbove(number).empty());
+    EXPECT_TRUE(desktop.windowsAbove(99999).empty());
+}
+
+TEST_F(SimWindowServer, WindowsAboveASheetEndWithTheSheet) {
+    ElementId sheet = desktop.showSheet(inbox);
+    auto above = desktop.windowsAbove(*desktop.windowNumber(sheet));
+    ASSERT_EQ(above.size(), 2u);
+    EXPECT_EQ(above[0].number, *desktop.windowNumber(ideas));
+    EXPECT_EQ(above[1].number, *desktop.windowNumber(sheet));
+}
+
 }  // namespace
 }  // namespace quelto::sim
