@@ -94,8 +94,9 @@ std::optional<ModifierFlags> Parser::modifiers(Args& args) {
     return flags;
 }
 
-const std::vector<Parser::Command>& Parser::commands() {
-    static const std::vector<Command> list = {
+// The commands that set up the desktop and its apps, windows and Spaces, and what they do.
+std::vector<Parser::Command> Parser::desktopCommands() {
+    return {
         {{"clock", "clock [YYYY-MM-DD] HH:MM[:SS[.mmm]] [ZONE]",
           "When the scenario starts and its time zone (UTC, +01:00, UTC-5, …). Before start, "
           "wait and at."},
@@ -198,6 +199,13 @@ const std::vector<Parser::Command>& Parser::commands() {
           "Whether the system has the private lookups of a window's number and Spaces "
           "(available by default)."},
          &Parser::spacesLookupsCommand},
+    };
+}
+
+// The commands of the user's hands, the system's surprises, time, Quelto's own interface
+// and the expectations.
+std::vector<Parser::Command> Parser::eventCommands() {
+    return {
         {{"click",
           "click X,Y [MODIFIERS] | click close APP \"TITLE\" [MODIFIERS] | click APP \"TITLE\" "
           "[MODIFIERS]",
@@ -297,6 +305,15 @@ const std::vector<Parser::Command>& Parser::commands() {
           "The next alert is answered with this button (1000 is the first)."},
          &Parser::alertAnswerCommand},
     };
+}
+
+const std::vector<Parser::Command>& Parser::commands() {
+    static const std::vector<Command> list = [] {
+        std::vector<Command> all = desktopCommands();
+        std::vector<Command> events = eventCommands();
+        all.insert(all.end(), events.begin(), events.end());
+        return all;
+    }();
     return list;
 }
 

@@ -132,6 +132,8 @@ class Parser {
         Handler handler;
     };
     static const std::vector<Command>& commands();
+    static std::vector<Command> desktopCommands();
+    static std::vector<Command> eventCommands();
     friend const std::vector<CommandHelp>& scenarioCommands();
 
     void parseLine(const std::string& line, int lineNumber, const std::vector<std::string>& lines,

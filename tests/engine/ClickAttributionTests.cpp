@@ -310,6 +310,7 @@ TEST_F(ClickAttributionTest, ADialogHeldThirtySecondsAndThenConfirmedKeepsTheCli
     desktop.answerSheet(letter, true);  // "Save": the window closes 0.05 s later
     desktop.advance(0.35);
     EXPECT_EQ(takeLog(), (Lines{
+                             // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): one line
                              "00:00:40.350  TextEdit (com.apple.TextEdit)  window closed  ←  "
                              "red dot — after a dialog",
                              "              windows remaining: 0",

@@ -101,7 +101,9 @@ class EngineTest : public ::testing::Test {
     }
 
     sim::ElementId addWindow(Pid pid, sim::WindowDescription desc, bool notify = true) {
-        desc.frame.origin = {100.0 + 1000.0 * (placed_ % 8), 100.0 + 800.0 * (placed_ / 8)};
+        const int column = placed_ % 8;
+        const int row = placed_ / 8;  // eight windows a row
+        desc.frame.origin = {100.0 + 1000.0 * column, 100.0 + 800.0 * row};
         ++placed_;
         auto id = desktop.addWindow(pid, desc, notify);
         desktop.runDue();

@@ -134,6 +134,7 @@ TEST(ScenarioParser, EveryErrorOfTheFileIsReportedAndNothingIsReturned) {
     EXPECT_EQ(errors,
               (std::vector<std::string>{
                   "x.scn:1: error: \"25:00\" is not a time of day (as in 09:00 or 09:00:15.250)",
+                  // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): messages split to fit
                   "x.scn:2: error: app TextEdit needs a bundle id (as in app TextEdit "
                   "com.example.App) or no-bundle",
                   "x.scn:3: error: a window title is written in quotes, as in \"Notes\" — usage: "
