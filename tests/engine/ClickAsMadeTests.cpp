@@ -25,6 +25,22 @@ class ClickAsMadeTest : public EngineTest {
         desc.layer = layer;
         return addWindow(textEdit, desc);
     }
+
+    // "Letter", whose red dot brings down a save sheet, beside "Draft"; Quelto started 10 s
+    // ago and the red dot clicked a second ago: the click is held by the sheet.
+    sim::ElementId clickHeldBySaveSheet() {
+        sim::WindowDescription saving;
+        saving.title = "Letter";
+        saving.frame = {{100, 100}, {500, 400}};
+        saving.asksToSave = true;
+        auto letter = addWindow(textEdit, saving);
+        window("Draft", {{700, 100}, {300, 300}});
+        startEngine();
+        desktop.advance(10);
+        clickClose(letter);
+        desktop.advance(1);
+        return letter;
+    }
 };
 
 TEST_F(ClickAsMadeTest, APressDraggedOffTheRedDotIsNoClick) {
@@ -165,16 +181,7 @@ TEST_F(ClickAsMadeTest, AnExpiredClickCountsForNothing) {
 }
 
 TEST_F(ClickAsMadeTest, ADialogHoldSurvivesChecksThatCannotRead) {
-    sim::WindowDescription saving;
-    saving.title = "Letter";
-    saving.frame = {{100, 100}, {500, 400}};
-    saving.asksToSave = true;
-    auto letter = addWindow(textEdit, saving);
-    window("Draft", {{700, 100}, {300, 300}});
-    startEngine();
-    desktop.advance(10);
-    clickClose(letter);
-    desktop.advance(1);
+    auto letter = clickHeldBySaveSheet();
     ASSERT_TRUE(engine->clicks().recordOf(refOf(letter))->sustained);
     // The app stops answering: every check's reads fail. Unknown is not "no dialog".
     desktop.hangApp(textEdit, 20.0);
@@ -190,16 +197,7 @@ TEST_F(ClickAsMadeTest, ADialogHoldSurvivesChecksThatCannotRead) {
 }
 
 TEST_F(ClickAsMadeTest, ADialogLookTimingOutLeavesTheAppAlone) {
-    sim::WindowDescription saving;
-    saving.title = "Letter";
-    saving.frame = {{100, 100}, {500, 400}};
-    saving.asksToSave = true;
-    auto letter = addWindow(textEdit, saving);
-    window("Draft", {{700, 100}, {300, 300}});
-    startEngine();
-    desktop.advance(10);
-    clickClose(letter);
-    desktop.advance(1);
+    auto letter = clickHeldBySaveSheet();
     ASSERT_TRUE(engine->clicks().recordOf(refOf(letter))->sustained);
     // The app stops answering: the look's reads wait out their time-out and fail. The look
     // still counts as unknown, the hold stands, and the app is left alone for the rest.

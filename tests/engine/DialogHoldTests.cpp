@@ -33,6 +33,19 @@ class DialogHoldTest : public EngineTest {
         return addWindow(textEdit, desc);
     }
 
+    // Quelto started 10 s ago, the window's red dot clicked, and the app's save alert up: a
+    // second later the click is held by it. Returns the alert.
+    sim::ElementId clickHeldByAnAlert(sim::ElementId window) {
+        startEngine();
+        desktop.advance(10);
+        clickClose(window);
+        auto alert =
+            desktop.showDialog(textEdit, "AXApplicationAlertDialog", "Save changes?", true);
+        desktop.advance(1);
+        EXPECT_TRUE(isHeld(window));
+        return alert;
+    }
+
     // Whether the window's click is held by a dialog and still counts.
     bool isHeld(sim::ElementId window) const {
         const ClickRecord* click = engine->clicks().recordOf(refOf(window));
@@ -178,11 +191,7 @@ TEST_F(DialogHoldTest, TwoLooksThatFindNoDialogEndTheHold) {
 
 TEST_F(DialogHoldTest, TheDialogThatHeldTheClickHoldsItOnAnotherSpace) {
     auto notes = slowWindow("Notes", 40);
-    startEngine();
-    desktop.advance(10);
-    clickClose(notes);
-    auto alert = desktop.showDialog(textEdit, "AXApplicationAlertDialog", "Save changes?", true);
-    desktop.advance(1);
+    auto alert = clickHeldByAnAlert(notes);
     ASSERT_TRUE(isHeld(notes));
     EXPECT_EQ(clickOf(notes).heldBy, std::optional<WindowRef>(refOf(alert)));
 
@@ -205,11 +214,7 @@ TEST_F(DialogHoldTest, TheDialogThatHeldTheClickHoldsItOnAnotherSpace) {
 
 TEST_F(DialogHoldTest, ADialogOrderedOutHoldsNoMore) {
     auto notes = slowWindow("Notes");
-    startEngine();
-    desktop.advance(10);
-    clickClose(notes);
-    auto alert = desktop.showDialog(textEdit, "AXApplicationAlertDialog", "Save changes?", true);
-    desktop.advance(1);
+    auto alert = clickHeldByAnAlert(notes);
     ASSERT_TRUE(isHeld(notes));
 
     // The app keeps its alert for later: answered, it is ordered out, not destroyed.
@@ -220,11 +225,7 @@ TEST_F(DialogHoldTest, ADialogOrderedOutHoldsNoMore) {
 
 TEST_F(DialogHoldTest, ADialogThatHeldTheClickAndCannotBeReadKeepsHolding) {
     auto notes = slowWindow("Notes");
-    startEngine();
-    desktop.advance(10);
-    clickClose(notes);
-    auto alert = desktop.showDialog(textEdit, "AXApplicationAlertDialog", "Save changes?", true);
-    desktop.advance(1);
+    auto alert = clickHeldByAnAlert(notes);
     ASSERT_TRUE(isHeld(notes));
     desktop.switchToSpace(2);
     desktop.advance(0.5);
