@@ -12,8 +12,15 @@ namespace {
 // The innermost `ReadsOf`: main thread only, like every read.
 QuietPeriod* currentQuiet = nullptr;
 ReadsOf::Mode currentMode = ReadsOf::Mode::ask;
+std::uint64_t refusedForAccess = 0;
 
 }  // namespace
+
+std::uint64_t accessRefusals() { return refusedForAccess; }
+
+void noteAccessRefusal(AXError error) {
+    if (error == axerror::apiDisabled) ++refusedForAccess;
+}
 
 ReadsOf::ReadsOf(QuietPeriod& quiet, Mode mode)
     : outerQuiet_(currentQuiet), outerMode_(currentMode) {
@@ -35,6 +42,7 @@ Read<AXValue> axCopyChecked(const AXElement& element, const std::string& attribu
     const Date started = quiet ? quiet->now() : Date{};
     std::optional<AXValue> value;
     AXError error = element->copyAttributeValue(attribute, value);
+    noteAccessRefusal(error);
     if (quiet) quiet->noteCall(started, error);
     if (!error.isSuccess()) return Read<AXValue>{std::nullopt, error};
     return Read<AXValue>{std::move(value), error};

@@ -5,6 +5,7 @@
 // told to that application's quiet period (QuietPeriod.h), which may spare it and which
 // logs when one begins.
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
@@ -33,6 +34,13 @@ class ReadsOf {
     QuietPeriod* outerQuiet_;
     Mode outerMode_;
 };
+
+// The calls refused because Accessibility access was off (the API-disabled error), counted
+// since the process started: a revocation too short for the engine's once-a-second check of
+// access still leaves its mark here when Quelto called in it. Main thread only.
+std::uint64_t accessRefusals();
+// Counts `error` when it is the API-disabled error.
+void noteAccessRefusal(AXError error);
 
 // A read that says why it failed: the value, or none with the reason in `error` (which is
 // success when the platform answered but gave nothing usable).

@@ -83,6 +83,7 @@ AXError AppWatcher::addNotification(const AXElement& element, const std::string&
     if (quiet_.isQuiet()) return axerror::cannotComplete;
     const Date started = quiet_.now();
     AXError error = observer_->addNotification(element, notification, this);
+    noteAccessRefusal(error);
     quiet_.noteCall(started, error);
     return error;
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "accessibility/AXRead.h"
 #include "settings/ConfigStore.h"
 #include "settings/Log.h"
 
@@ -54,6 +55,8 @@ bool Engine::isCandidate(const RunningApplication& app) const {
 }
 
 void Engine::start() {
+    // Calls refused before this engine began (an earlier engine's) are not this one's.
+    refusalsSeen_ = accessRefusals();
     // A call to an app that does not answer waits for its element's messaging time-out: the
     // watchers give each application element one second, but the windows and buttons read
     // from it would wait the platform default of 6 s. The system-wide element's time-out is

@@ -9,6 +9,7 @@
 // each close decision: gather the facts, `decide` (engine/CloseDecision.h), write the log and
 // the journal, act. Everything runs on the main thread; delayed work holds the engine weakly.
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -105,6 +106,11 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     long attachRound_ = 0;
     void observeSpacesAndActivations();
     void accessTick();
+    // Access is gone: what was gathered cannot be followed up.
+    void accessLost();
+    // Access is back (after a revocation the checks saw, or one between two checks that
+    // refused calls): logs `line` and attaches to every application afresh.
+    void accessBack(const std::string& line);
     // Logs, once per run, that the Spaces lookups are missing.
     void noteSpacesLookupsMissing();
 
@@ -144,6 +150,9 @@ class Engine final : public DestroyedWindowSink, public std::enable_shared_from_
     // app of one that was not).
     std::set<Pid> attachDue_;
     bool accessRevoked_ = false;
+    // The count of calls refused for access (accessibility/AXRead.h) when access was last
+    // known to be on throughout.
+    std::uint64_t refusalsSeen_ = 0;
     bool spacesLookupsLogged_ = false;
     // The settle periods under way, per process: a close that left no window, waiting to
     // count again (engine/WindowSwap.cpp).

@@ -1,13 +1,15 @@
 // What the engine follows beyond launches and terminations, so that its count of an
 // application's windows holds on a real Mac: Accessibility access that the user revokes
-// (every read then fails, so nothing is acted on until it is back); apps that become regular
-// after they launched (attached when they are activated); windows on other Spaces, which
-// Accessibility lists only once their Space is the current one (the watchers catch up when
-// the active Space changes and when their app is activated).
+// (every read then fails, so nothing is acted on until it is back; a revocation between two
+// checks is told by the calls it refused); apps that become regular after they launched
+// (attached when they are activated); windows on other Spaces, which Accessibility lists only
+// once their Space is the current one (the watchers catch up when the active Space changes
+// and when their app is activated).
 
 #include <set>
 #include <string>
 
+#include "accessibility/AXRead.h"
 #include "engine/Engine.h"
 #include "settings/Log.h"
 
@@ -16,11 +18,7 @@ namespace quelto {
 bool Engine::checkAccess() {
     if (context_.accessibility.isProcessTrusted()) return !accessRevoked_;
     if (!accessRevoked_) {
-        accessRevoked_ = true;
-        // Clicks and closes gathered so far cannot be followed up: every read fails now.
-        clicks_->clear();
-        closes_->clear();
-        settling_.clear();
+        accessLost();
         log("Accessibility access was revoked — Quelto watches nothing and quits nothing until "
             "it is granted again");
         blankLine();
@@ -28,20 +26,39 @@ bool Engine::checkAccess() {
     return false;
 }
 
+void Engine::accessLost() {
+    accessRevoked_ = true;
+    // Clicks and closes gathered so far cannot be followed up: every read fails now.
+    clicks_->clear();
+    closes_->clear();
+    settling_.clear();
+}
+
 void Engine::accessTick() {
     if (!accessRevoked_) {
-        checkAccess();
+        if (!checkAccess()) return;
+        // Access is on, but calls were refused since the last check: it was off for a moment
+        // in between, and the observers missed whatever happened meanwhile (a window closed
+        // then was never heard of). Everything starts afresh, as when access comes back.
+        if (accessRefusals() == refusalsSeen_) return;
+        accessLost();
+        accessBack("Accessibility access was revoked for a moment and is back — watching again");
         return;
     }
     if (!context_.accessibility.isProcessTrusted()) return;
+    accessBack("Accessibility access is back — watching again");
+}
+
+void Engine::accessBack(const std::string& line) {
     accessRevoked_ = false;
+    refusalsSeen_ = accessRefusals();
     // The watchers' observers missed everything meanwhile, and their registrations may have
     // been refused: every application is attached afresh (the quit throttle stays).
     clicks_->clear();
     closes_->clear();
     settling_.clear();
     apps_.clear();
-    log("Accessibility access is back — watching again");
+    log(line);
     attachToRunningApps([] { blankLine(); });
 }
 

@@ -1,7 +1,8 @@
 // The chaos run's events that move windows out of sight and back: apps hidden and shown,
 // windows minimised and restored, Space switches, windows sent to other Spaces and into full
-// screen, red dots pressed, held and released on or off the button, and windows stacked
-// right over another's close button.
+// screen, red dots pressed, held and released on or off the button, toolbars shown and hidden
+// (their red dots moving without a word), and windows stacked right over another's close
+// button.
 
 #include <cstdio>
 
@@ -21,7 +22,7 @@ std::string where(Point p) {
 
 void ChaosRun::desktopEvent() {
     sim::SimDesktop& d = *desktop_;
-    switch (random_.below(11)) {
+    switch (random_.below(12)) {
         case 0:
             if (auto pid = randomRunningApp()) {
                 bool hide = !d.isHidden(*pid);
@@ -100,6 +101,14 @@ void ChaosRun::desktopEvent() {
             } else if (random_.unit() < 0.3) {
                 note("Accessibility access revoked");
                 d.setTrusted(false);
+            }
+            break;
+        case 11:
+            if (auto window = randomWindow()) {
+                bool shown = random_.chance(0.5);
+                note(std::string(shown ? "toolbar shown on" : "toolbar hidden on") + " window " +
+                     std::to_string(*window));
+                d.setToolbar(*window, shown);
             }
             break;
         default:

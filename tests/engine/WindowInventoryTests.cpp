@@ -2,6 +2,7 @@
 // classified, windows on other Spaces and ordered out, an activation policy that changed,
 // revoked Accessibility access, and a window swap that leaves a moment of no window.
 
+#include "accessibility/AXRead.h"
 #include "tests/engine/EngineFixture.h"
 
 namespace quelto::enginetest {
@@ -128,6 +129,53 @@ TEST_F(WindowInventoryTest, AccessBackAttachesAfreshAndDecidesAsUsual) {
     desktop.advance(1);
     ASSERT_EQ(journal().size(), 1u);
     EXPECT_EQ(journal()[0].cause, "red dot");
+}
+
+TEST_F(WindowInventoryTest, ARevocationBetweenTwoChecksIsToldByTheCallsItRefused) {
+    startEngine();
+    desktop.advance(10.2);
+    std::shared_ptr<AppWatcher> before = watcherOf(textEdit);
+    takeLog();
+    // Off and on again between two checks: a window opened meanwhile goes unannounced, and a
+    // read made meanwhile is refused.
+    desktop.setTrusted(false);
+    sim::ElementId later = addWindow(textEdit, "Later");
+    EXPECT_EQ(before->readWindows(), std::nullopt);
+    desktop.setTrusted(true);
+    EXPECT_FALSE(before->isWatched(refOf(later)));
+    desktop.advance(Engine::accessCheckInterval);
+    EXPECT_FALSE(engine->accessRevoked());
+    Lines log = takeLog();
+    EXPECT_TRUE(
+        logHas(log, "Accessibility access was revoked for a moment and is back — watching again"));
+    EXPECT_FALSE(logHas(log, "Accessibility access was revoked — Quelto watches nothing"));
+    EXPECT_TRUE(logHas(log, "✓ TextEdit  (com.apple.TextEdit)  3 windows"));
+    ASSERT_TRUE(watcherOf(textEdit));
+    EXPECT_NE(watcherOf(textEdit), before);
+    EXPECT_TRUE(watcherOf(textEdit)->isWatched(refOf(later)));
+}
+
+TEST_F(WindowInventoryTest, ARevocationBetweenTwoChecksWithNoCallInItLeavesTheWatchersAsTheyAre) {
+    startEngine();
+    desktop.advance(10.2);
+    std::shared_ptr<AppWatcher> before = watcherOf(textEdit);
+    takeLog();
+    desktop.setTrusted(false);
+    desktop.setTrusted(true);
+    desktop.advance(Engine::accessCheckInterval);
+    EXPECT_TRUE(takeLog().empty());
+    EXPECT_EQ(watcherOf(textEdit), before);
+}
+
+TEST_F(WindowInventoryTest, CallsRefusedBeforeTheEngineStartedAreNotItsOwn) {
+    noteAccessRefusal(axerror::apiDisabled);
+    startEngine();
+    desktop.advance(0.2);
+    std::shared_ptr<AppWatcher> before = watcherOf(textEdit);
+    ASSERT_TRUE(before);
+    desktop.advance(10);
+    EXPECT_FALSE(logHas(takeLog(), "Accessibility access was revoked"));
+    EXPECT_EQ(watcherOf(textEdit), before);
 }
 
 TEST_F(WindowInventoryTest, AnAppThatIsNoLongerRegularAtTheDecisionIsKeptRunning) {
