@@ -33,19 +33,37 @@ ReadsOf::~ReadsOf() {
     currentMode = outerMode_;
 }
 
+namespace {
+
+// One round trip to an application, under the innermost `ReadsOf`: spared while the app is
+// left alone (refused as it would have been after its time-out), else made, timed for its
+// quiet period and counted when access was off.
+template <typename Call>
+AXError roundTrip(Call&& call) {
+    QuietPeriod* quiet = currentQuiet;
+    if (quiet && currentMode == ReadsOf::Mode::leaveAlone && quiet->isQuiet())
+        return axerror::cannotComplete;
+    const Date started = quiet ? quiet->now() : Date{};
+    AXError error = call();
+    noteAccessRefusal(error);
+    if (quiet) quiet->noteCall(started, error);
+    return error;
+}
+
+}  // namespace
+
 Read<AXValue> axCopyChecked(const AXElement& element, const std::string& attribute) {
     // A null element is what the platform calls an illegal argument; there is no round trip.
     if (!element) return Read<AXValue>{std::nullopt, axerror::illegalArgument};
-    QuietPeriod* quiet = currentQuiet;
-    if (quiet && currentMode == ReadsOf::Mode::leaveAlone && quiet->isQuiet())
-        return Read<AXValue>{std::nullopt, axerror::cannotComplete};
-    const Date started = quiet ? quiet->now() : Date{};
     std::optional<AXValue> value;
-    AXError error = element->copyAttributeValue(attribute, value);
-    noteAccessRefusal(error);
-    if (quiet) quiet->noteCall(started, error);
+    AXError error = roundTrip([&] { return element->copyAttributeValue(attribute, value); });
     if (!error.isSuccess()) return Read<AXValue>{std::nullopt, error};
     return Read<AXValue>{std::move(value), error};
+}
+
+AXError axAddNotification(AXObserver& observer, const AXElement& element,
+                          const std::string& notification, void* refcon) {
+    return roundTrip([&] { return observer.addNotification(element, notification, refcon); });
 }
 
 std::optional<AXValue> axCopy(const AXElement& element, const std::string& attribute) {

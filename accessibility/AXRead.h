@@ -1,9 +1,9 @@
 #pragma once
 // Typed reads of one Accessibility attribute of one element. Each reader makes exactly one
 // platform round trip (axFrame two at most), returns an absent value or an empty list on
-// any failure, and never logs, throws or retries. While a `ReadsOf` lives, each round trip is
-// told to that application's quiet period (QuietPeriod.h), which may spare it and which
-// logs when one begins.
+// any failure, and never logs, throws or retries. Observer registrations go the same way.
+// While a `ReadsOf` lives, each round trip is told to that application's quiet period
+// (QuietPeriod.h), which may spare it and which logs when one begins.
 
 #include <cstdint>
 #include <optional>
@@ -53,6 +53,10 @@ struct Read {
     const T& operator*() const { return *value; }
     const T* operator->() const { return &*value; }
 };
+
+// An observer registration, one round trip like a read, under the same `ReadsOf`.
+AXError axAddNotification(AXObserver& observer, const AXElement& element,
+                          const std::string& notification, void* refcon);
 
 std::optional<AXValue> axCopy(const AXElement& element, const std::string& attribute);
 Read<AXValue> axCopyChecked(const AXElement& element, const std::string& attribute);

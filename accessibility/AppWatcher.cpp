@@ -80,12 +80,8 @@ bool AppWatcher::deferWhileLeftAlone(std::function<void(AppWatcher&)> later) {
 
 AXError AppWatcher::addNotification(const AXElement& element, const std::string& notification) {
     // Left alone: not asked, refused as the app would have after its time-out.
-    if (quiet_.isQuiet()) return axerror::cannotComplete;
-    const Date started = quiet_.now();
-    AXError error = observer_->addNotification(element, notification, this);
-    noteAccessRefusal(error);
-    quiet_.noteCall(started, error);
-    return error;
+    ReadsOf calls(quiet_, ReadsOf::Mode::leaveAlone);
+    return axAddNotification(*observer_, element, notification, this);
 }
 
 void AppWatcher::watch(const AXElement& window) {

@@ -69,22 +69,18 @@ std::optional<ClickLedger::Hit> ClickLedger::movedButtonHit(Point at, const Hit&
     }
     // One question to the window server: the window on top at the point, at any layer, as
     // the confirmation asks it. A menu, a popover or an untracked window there takes the click.
-    std::optional<WindowServerWindow> top =
-        topmostWindowAt(server->windowList(WindowListScope::onScreenCurrentSpace), at);
-    if (!top) return std::nullopt;
-    std::shared_ptr<AppWatcher> topWatcher = tracker_.watcherOf(top->ownerPid);
-    if (!topWatcher) return std::nullopt;
-    bool caughtUp = false;
     bool unanswered = false;
-    std::optional<WindowRef> ref = watchedWindowShownAs(*top, topWatcher, caughtUp, &unanswered);
-    if (!ref) return std::nullopt;
+    std::optional<Hit> top = trackedWindowOnTop(
+        server->windowList(WindowListScope::onScreenCurrentSpace), at, &unanswered);
+    // An application that did not answer for its list would only make the read wait its
+    // second again, and fail.
+    if (!top || unanswered) return std::nullopt;
     // A window just caught up had its close button read as it was watched; any other has
-    // its read once, live, where its cached frame missed the point. An application that did
-    // not answer for its list would only make the read wait its second again, and fail.
-    if (unanswered) return std::nullopt;
-    if (!caughtUp && !topWatcher->rereadCloseButton(*ref)) return std::nullopt;
-    if (buttonHolds(*ref, *topWatcher, at)) return Hit{*ref, topWatcher, true};
-    return std::nullopt;
+    // its read once, live, where its cached frame missed the point.
+    if (!top->readLive && !top->watcher->rereadCloseButton(top->window)) return std::nullopt;
+    if (!buttonHolds(top->window, *top->watcher, at)) return std::nullopt;
+    top->readLive = true;
+    return top;
 }
 
 bool ClickLedger::buttonHolds(const WindowRef& window, const AppWatcher& watcher, Point at) {
@@ -313,6 +309,15 @@ std::optional<ClickLedger::Hit> ClickLedger::confirmHit(const WindowRef& window,
     if (learned != numbers_.end()) shown = server->windowsAbove(learned->second.number);
     if (shown.empty()) shown = server->windowList(WindowListScope::onScreenCurrentSpace);
 
+    std::optional<Hit> top = trackedWindowOnTop(shown, at);
+    // The click is that window's if its own close button is under the point: the hit
+    // window itself, or another one whose red dot sits on the same spot.
+    if (top && buttonHolds(top->window, *top->watcher, at)) return top;
+    return std::nullopt;
+}
+
+std::optional<ClickLedger::Hit> ClickLedger::trackedWindowOnTop(
+    const std::vector<WindowServerWindow>& shown, Point at, bool* unanswered) {
     // The window the click landed in, at any layer below the screen saver: a menu, the menu
     // bar, the Dock, a banner, a popover or a sheet lying over the red dot takes the click,
     // and a floating window's red dot is a red dot. Fully transparent windows take none.
@@ -322,16 +327,12 @@ std::optional<ClickLedger::Hit> ClickLedger::confirmHit(const WindowRef& window,
     if (!top) return std::nullopt;
     // A window of an untracked process (the system's, Quelto's own settings window) is on
     // top: the click is its, never the window's underneath.
-    std::shared_ptr<AppWatcher> topWatcher = tracker_.watcherOf(top->ownerPid);
-    if (!topWatcher) return std::nullopt;
-
+    std::shared_ptr<AppWatcher> watcher = tracker_.watcherOf(top->ownerPid);
+    if (!watcher) return std::nullopt;
     bool caughtUp = false;
-    std::optional<WindowRef> ref = watchedWindowShownAs(*top, topWatcher, caughtUp);
+    std::optional<WindowRef> ref = watchedWindowShownAs(*top, watcher, caughtUp, unanswered);
     if (!ref) return std::nullopt;
-    // The click is that window's if its own close button is under the point: the hit
-    // window itself, or another one whose red dot sits on the same spot.
-    if (buttonHolds(*ref, *topWatcher, at)) return Hit{*ref, topWatcher, caughtUp};
-    return std::nullopt;
+    return Hit{*ref, watcher, caughtUp};
 }
 
 std::optional<WindowRef> ClickLedger::watchedWindowShownAs(
@@ -340,8 +341,8 @@ std::optional<WindowRef> ClickLedger::watchedWindowShownAs(
     std::optional<WindowRef> ref = windowShownAs(shown, watcher, unanswered);
     if (!ref || watcher->isWatched(*ref)) return ref;
     // The application lists the window, its watcher does not watch it: it was on another
-    // Space when Quelto attached, and the catch-up at the Space switch could not read the
-    // application (busy then). The watcher catches up now, and the window, watched from now
+    // Space when Quelto attached, and the catch-up at the Space switch was refused (the
+    // application busy then). The watcher catches up now, and the window, watched from now
     // on, has its close button read.
     watcher->resync();
     caughtUp = true;

@@ -12,6 +12,7 @@
 #include <optional>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "accessibility/AppWatcher.h"
 #include "accessibility/WindowRef.h"
@@ -141,6 +142,12 @@ class ClickLedger {
     // shown or hidden moved it without a notification). The window is caught up first when
     // its application lists it unwatched.
     std::optional<Hit> movedButtonHit(Point at, const Hit& inTitleBar);
+    // The tracked window on top at the point among `shown` (any layer below the screen
+    // saver, fully transparent ones skipped), told among the windows its watcher watches
+    // (`watchedWindowShownAs`; `readLive` when it was caught up for it). None when nothing is
+    // there, it belongs to an untracked process, or its application cannot say which it is.
+    std::optional<Hit> trackedWindowOnTop(const std::vector<WindowServerWindow>& shown, Point at,
+                                          bool* unanswered = nullptr);
     // Whether the window's cached close-button frame holds the point.
     static bool buttonHolds(const WindowRef& window, const AppWatcher& watcher, Point at);
     // Remembers the window's window-server number, for its next confirmation.
